@@ -26,6 +26,7 @@
 #include <QPointer>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QSysInfo>
 #include <QWidget>
 
 #include <gst/gst.h>
@@ -103,8 +104,10 @@ int main(int argc, char **argv)
     // 7: the application log starts here; until its writer exists, records go
     // to the Qt message handler under the same categories.
     qCInfo(tarnix::lcSystem).noquote()
-        << QStringLiteral("Started TARNIX; Qt %1; executable %2")
-               .arg(QString::fromLatin1(qVersion()), QCoreApplication::applicationFilePath());
+        << QStringLiteral("Started TARNIX; Qt %1; OS %2; executable %3; build %4 %5")
+               .arg(QString::fromLatin1(qVersion()), QSysInfo::prettyProductName(),
+                    QCoreApplication::applicationFilePath(), QStringLiteral(__DATE__),
+                    QStringLiteral(__TIME__));
     qCInfo(tarnix::lcStartup).noquote() << "Window system:" << windowSystem.reason;
     tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseBeforeSettings));
 
