@@ -2,14 +2,17 @@
 
 #include "audio/tarnix_audio_sink.h"
 
-#include <gst/gst.h>
-
 #include <mutex>
 
 namespace tarnix {
 
 bool registerAudioElements(QString *error)
 {
+    if (!gst_is_initialized()) {
+        if (error)
+            *error = QStringLiteral("GStreamer is not initialised.");
+        return false;
+    }
     static std::once_flag once;
     static bool registered = false;
     std::call_once(once, [] {
@@ -24,6 +27,11 @@ bool registerAudioElements(QString *error)
     if (error)
         error->clear();
     return true;
+}
+
+bool abortSender(GstElement *element)
+{
+    return tarnix_audio_sink_abort_sender(element);
 }
 
 } // namespace tarnix

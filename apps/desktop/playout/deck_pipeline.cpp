@@ -1,0 +1,212 @@
+#include "playout/deck_pipeline.h"
+
+#include "audio/audio_elements.h"
+#include "playout/deck_texts.h"
+#include "shell/log_categories.h"
+
+#include <initializer_list>
+
+namespace tarnix {
+namespace {
+
+// The GPU upload and conversion of the Windows build become one CPU step
+// that converts and letterboxes into RGBA of the output size. The appsink
+// drops the oldest of its two buffers so decoding never waits on the
+// presenter.
+constexpr char kVideoBinDescription[] =
+    "queue name=%1 max-size-buffers=2 max-size-bytes=0 max-size-time=0 ! "
+    "videoconvertscale add-borders=true ! "
+    "video/x-raw,format=RGBA,width=%3,height=%4,pixel-aspect-ratio=1/1 ! "
+    "appsink name=%2 max-buffers=2 drop=true wait-on-eos=false sync=true qos=false "
+    "enable-last-sample=false";
+
+constexpr char kAudioBinDescription[] =
+    "audioconvert ! audioresample ! "
+    "audio/x-raw,format=F32LE,rate=48000,channels=2,layout=interleaved ! "
+    "scaletempo name=%1-playback-tempo ! "
+    "level name=%1-input-audio-level post-messages=true interval=5000000 ! "
+    "volume name=%1-item-audio-volume ! "
+    "tarnixaudiosink name=%1-audio-output channel=%1-audio sync=true qos=false";
+
+bool factoriesExist(std::initializer_list<const char *> names)
+{
+    for (const char *name : names) {
+        GstElementFactory *factory = gst_element_factory_find(name);
+        if (!factory)
+            return false;
+        gst_object_unref(factory);
+    }
+    return true;
+}
+
+// Parses a bin with ghost pads; any GError is a failure, because an unknown
+// property still yields a bin. The bin comes back owned (not floating).
+GstElement *parseBin(const QString &description, QString *errorText)
+{
+    GError *error = nullptr;
+    GstElement *bin =
+        gst_parse_bin_from_description(description.toUtf8().constData(), TRUE, &error);
+    if (bin)
+        gst_object_ref_sink(bin);
+    if (error || !bin) {
+        *errorText = error && error->message ? QString::fromUtf8(error->message)
+                                             : QStringLiteral("no bin was created");
+        if (error)
+            g_error_free(error);
+        if (bin)
+            gst_object_unref(bin);
+        return nullptr;
+    }
+    return bin;
+}
+
+GstElement *childByName(GstElement *bin, const QString &name)
+{
+    return gst_bin_get_by_name(GST_BIN(bin), name.toUtf8().constData());
+}
+
+void setError(QString *error, const QString &text)
+{
+    if (error)
+        *error = text;
+}
+
+// Elements that never left NULL may be dropped at once: no thread of theirs
+// can be running.
+bool readsNullNow(GstElement *element)
+{
+    if (!element)
+        return true;
+    GstState current = GST_STATE_VOID_PENDING;
+    GstState pending = GST_STATE_VOID_PENDING;
+    const GstStateChangeReturn result = gst_element_get_state(element, &current, &pending, 0);
+    return result == GST_STATE_CHANGE_SUCCESS && current == GST_STATE_NULL
+           && pending == GST_STATE_VOID_PENDING;
+}
+
+} // namespace
+
+QString DeckPipeline::deckName(int deckIndex)
+{
+    return deckIndex == 0 ? QStringLiteral("deck-a") : QStringLiteral("deck-b");
+}
+
+std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QString *error)
+{
+    if (options.deckIndex < 0 || options.deckIndex > 1) {
+        setError(error, QStringLiteral("Deck index %1 is out of range.").arg(options.deckIndex));
+        return nullptr;
+    }
+    QString registrationError;
+    if (!registerAudioElements(&registrationError)) {
+        setError(error, registrationError);
+        return nullptr;
+    }
+    if (!factoriesExist({"scaletempo"})) {
+        qCWarning(lcPlayout()).noquote() << deck_text::kScaletempoMissing;
+        setError(error, QString::fromUtf8(deck_text::kScaletempoMissing));
+        return nullptr;
+    }
+
+    const QString name = deckName(options.deckIndex);
+    auto pipeline = std::make_shared<DeckPipeline>();
+    pipeline->deckIndex = options.deckIndex;
+    GstElement *playbin = gst_element_factory_make(
+        "playbin", (name + QStringLiteral("-player")).toUtf8().constData());
+    if (!playbin) {
+        setError(error, QStringLiteral("Could not create the deck playbin."));
+        return nullptr;
+    }
+    pipeline->playbin = GST_ELEMENT(gst_object_ref_sink(playbin));
+
+    if (!factoriesExist({"videoconvertscale", "appsink"})) {
+        qCWarning(lcPlayout()).noquote() << deck_text::kVideoElementsMissing;
+        setError(error, QString::fromUtf8(deck_text::kVideoElementsMissing));
+        return nullptr;
+    }
+    QString parseError;
+    GstElement *videoBin = parseBin(QString::fromLatin1(kVideoBinDescription)
+                                        .arg(name + QStringLiteral("-video-input"),
+                                             name + QStringLiteral("-video-appsink"))
+                                        .arg(options.width)
+                                        .arg(options.height),
+                                    &parseError);
+    if (!videoBin) {
+        qCWarning(lcPlayout()).noquote() << deck_text::kVideoOutputParse << parseError;
+        setError(error, QString::fromUtf8(deck_text::kVideoOutputParse) + QLatin1Char(' ')
+                            + parseError);
+        return nullptr;
+    }
+    GstElement *audioBin =
+        parseBin(QString::fromLatin1(kAudioBinDescription).arg(name), &parseError);
+    if (!audioBin) {
+        qCWarning(lcPlayout()).noquote() << deck_text::kAudioOutputParse << parseError;
+        setError(error, QString::fromUtf8(deck_text::kAudioOutputParse) + QLatin1Char(' ')
+                            + parseError);
+        gst_object_unref(videoBin);
+        return nullptr;
+    }
+
+    pipeline->levelElement = childByName(audioBin, name + QStringLiteral("-input-audio-level"));
+    pipeline->volumeElement = childByName(audioBin, name + QStringLiteral("-item-audio-volume"));
+    pipeline->appsink = childByName(videoBin, name + QStringLiteral("-video-appsink"));
+    if (!pipeline->levelElement || !pipeline->volumeElement || !pipeline->appsink) {
+        setError(error, QStringLiteral("Could not find the deck's level, volume or appsink."));
+        gst_object_unref(videoBin);
+        gst_object_unref(audioBin);
+        return nullptr;
+    }
+
+    g_object_set(pipeline->playbin, "video-sink", videoBin, "audio-sink", audioBin, nullptr);
+    gst_object_unref(videoBin);
+    gst_object_unref(audioBin);
+
+    pipeline->bus = gst_element_get_bus(pipeline->playbin);
+    pipeline->busCallbacks = std::make_shared<DeckBusCallbacks>();
+    pipeline->busCallbacks->set(options.busHandler, options.busUserData);
+    DeckBusCallbacks::install(pipeline->bus, pipeline->busCallbacks);
+    if (error)
+        error->clear();
+    return pipeline;
+}
+
+GstElement *DeckPipeline::findAudioOutput() const
+{
+    if (!playbin)
+        return nullptr;
+    GstElement *audioBin = nullptr;
+    g_object_get(playbin, "audio-sink", &audioBin, nullptr);
+    if (!audioBin)
+        return nullptr;
+    GstElement *output = GST_IS_BIN(audioBin)
+                             ? childByName(audioBin, deckName(deckIndex)
+                                                         + QStringLiteral("-audio-output"))
+                             : nullptr;
+    gst_object_unref(audioBin);
+    return output;
+}
+
+DeckPipeline::~DeckPipeline()
+{
+    if (busCallbacks)
+        busCallbacks->clear();
+    const bool confirmed = shutdownConfirmed.load(std::memory_order_acquire)
+                           || (!handedToWorker.load(std::memory_order_acquire)
+                               && readsNullNow(playbin));
+    if (!confirmed) {
+        qCWarning(lcPlayout()).noquote()
+            << QStringLiteral("%1 for deck %2").arg(QString::fromUtf8(deck_text::kRetainResources))
+                   .arg(deckIndex);
+        return;
+    }
+    if (bus) {
+        gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
+        gst_object_unref(bus);
+    }
+    for (GstElement *element : {levelElement, volumeElement, playbin, appsink}) {
+        if (element)
+            gst_object_unref(element);
+    }
+}
+
+} // namespace tarnix
