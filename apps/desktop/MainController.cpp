@@ -1,6 +1,9 @@
 #include "MainController.h"
 
+#include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
+#include "shell/ui_language_manager.h"
+#include "shell/user_info_center.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -15,17 +18,23 @@ namespace tarnix {
 struct MainController::Impl {
     QPointer<QWidget> programVideoWindow;
     QPointer<QWidget> controllerWindow;
+    QPointer<UiLanguageManager> languageManager;
     bool programOutput4k = false;
+    // Destroyed after everything that may queue file work, so the queue's
+    // destructor runs the saves that the others queued on their way out.
+    BackgroundIoQueue backgroundIoQueue;
+    UserInfoCenter userInfoCenter;
     bool programPlayerAvailable = false;
     QString programPlayerError = QStringLiteral("The program player is not part of this build.");
 };
 
 MainController::MainController(QWidget *programVideoWindow, QWidget *controllerWindow,
-                               bool programOutput4k)
+                               bool programOutput4k, UiLanguageManager *languageManager)
     : d(std::make_unique<Impl>())
 {
     d->programVideoWindow = programVideoWindow;
     d->controllerWindow = controllerWindow;
+    d->languageManager = languageManager;
     d->programOutput4k = programOutput4k;
     qCInfo(lcSystem).noquote() << "MainController ready; program output"
                                << (programOutput4k ? "3840x2160" : "1920x1080");
@@ -41,6 +50,16 @@ bool MainController::programPlayerAvailable() const
 QString MainController::programPlayerError() const
 {
     return d->programPlayerError;
+}
+
+UserInfoCenter *MainController::userInfoCenter() const
+{
+    return &d->userInfoCenter;
+}
+
+BackgroundIoQueue *MainController::backgroundIoQueue() const
+{
+    return &d->backgroundIoQueue;
 }
 
 } // namespace tarnix

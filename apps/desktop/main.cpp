@@ -8,15 +8,18 @@
 
 #include "shell/addon_resume.h"
 #include "shell/application_identity.h"
+#include "shell/application_log.h"
 #include "shell/command_line.h"
 #include "shell/display_activity_guard.h"
 #include "shell/gpu_startup_preferences.h"
 #include "shell/gstreamer_runtime.h"
 #include "shell/log_categories.h"
+#include "shell/settings_store.h"
 #include "shell/startup_diagnostics.h"
-#include "shell/startup_texts.h"
 #include "shell/startup_windows.h"
 #include "shell/termination_signals.h"
+#include "shell/ui_language_manager.h"
+#include "shell/user_info_center.h"
 #include "shell/window_system.h"
 
 #include <QApplication>
@@ -24,9 +27,7 @@
 #include <QFile>
 #include <QIcon>
 #include <QPointer>
-#include <QSettings>
 #include <QStandardPaths>
-#include <QSysInfo>
 #include <QWidget>
 
 #include <gst/gst.h>
@@ -49,13 +50,27 @@ QIcon applicationIcon()
 
 // GStreamer strips the options it understands from the list it is given;
 // it gets a copy so the application's own argument list stays whole.
+//
+// Without GST_DEBUG_FILE the console must stay free of GStreamer's debug
+// output. The log bridge keeps it out of this process, but the plug-in
+// scanner that gst_init may start inherits the environment and the terminal;
+// it is started without GST_DEBUG, and the thresholds are applied here
+// afterwards, exactly as gst_init would have applied them.
 void initialiseGStreamer(int argc, char **argv)
 {
     std::vector<char *> copy(argv, argv + argc);
     copy.push_back(nullptr);
     int count = argc;
     char **pointer = copy.data();
+    const QByteArray debugThresholds = qgetenv("GST_DEBUG");
+    const bool quietScanner = qEnvironmentVariableIsEmpty("GST_DEBUG_FILE") && !debugThresholds.isEmpty();
+    if (quietScanner)
+        qunsetenv("GST_DEBUG");
     gst_init(&count, &pointer);
+    if (quietScanner) {
+        qputenv("GST_DEBUG", debugThresholds);
+        gst_debug_set_threshold_from_string(debugThresholds.constData(), FALSE);
+    }
 }
 
 void setGStreamerRegistryLocation()
@@ -66,19 +81,26 @@ void setGStreamerRegistryLocation()
     qputenv("GST_REGISTRY_1_0", QFile::encodeName(QDir(cache).filePath(QStringLiteral("gstreamer-registry.bin"))));
 }
 
+// Stops the application log when main() returns by any path, after every
+// object declared later is gone, so "Shutdown complete" is its last record.
+struct LogSession {
+    LogSession() { tarnix::startLog(QString()); }
+    ~LogSession() { tarnix::stopLog(); }
+    LogSession(const LogSession &) = delete;
+    LogSession &operator=(const LogSession &) = delete;
+};
+
 // Shown instead of the application when GStreamer is missing; the loop runs
 // until the operator closes the window or the process is asked to stop.
-int runRuntimeMissingWindow(QApplication &app)
+int runRuntimeMissingWindow(QApplication &app, const bool &stopRequested)
 {
-    const QString text = tarnix::startupText("startup.gstreamer_runtime_missing");
-    qCCritical(tarnix::lcStartup).noquote() << text;
-    QPointer<QWidget> window = tarnix::createRuntimeMissingWindow(text);
+    tarnix::UserInfoCenter center;
+    QPointer<QWidget> window = tarnix::createRuntimeMissingWindow(&center);
+    center.post(tarnix::UserInfoSeverity::Error, QStringLiteral("SYSTEM"),
+                tarnix::LocalizedText(QStringLiteral("startup.gstreamer_runtime_missing")));
     QObject::connect(window, &QObject::destroyed, &app, &QCoreApplication::quit);
     tarnix::showControllerWindow(window);
-    tarnix::TerminationSignals signalsToQuit;
-    QObject::connect(&signalsToQuit, &tarnix::TerminationSignals::terminationRequested, &app,
-                     &QCoreApplication::quit);
-    const int code = app.exec();
+    const int code = stopRequested ? 0 : app.exec();
     delete window;
     return code;
 }
@@ -90,6 +112,17 @@ int main(int argc, char **argv)
     const tarnix::WindowSystemChoice windowSystem = tarnix::applyWindowSystemChoice();
 
     QApplication app(argc, argv);                                               // 1
+    // SIGTERM and SIGINT are caught from here on and end the run through the
+    // ordinary shutdown. A request that arrives while start-up still runs
+    // (it is seen in the first event loop, a message box's included) skips
+    // the main loop.
+    bool stopRequested = false;
+    tarnix::TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &tarnix::TerminationSignals::terminationRequested, &app, [&] {
+        stopRequested = true;
+        QCoreApplication::quit();
+    });
+
     app.setWindowIcon(applicationIcon());                                       // 2
     const QString executableDirectory = QCoreApplication::applicationDirPath();
     const QString profile = tarnix::productProfile(executableDirectory);
@@ -101,18 +134,19 @@ int main(int argc, char **argv)
     setGStreamerRegistryLocation();                                             // 5
     tarnix::freezeGpuPreferences();                                             // 6
 
-    // 7: the application log starts here; until its writer exists, records go
-    // to the Qt message handler under the same categories.
-    qCInfo(tarnix::lcSystem).noquote()
-        << QStringLiteral("Started TARNIX; Qt %1; OS %2; executable %3; build %4 %5")
-               .arg(QString::fromLatin1(qVersion()), QSysInfo::prettyProductName(),
-                    QCoreApplication::applicationFilePath(), QStringLiteral(__DATE__),
-                    QStringLiteral(__TIME__));
+    // 7: the log writes its start line and the first diagnostics itself.
+    LogSession logSession;
     qCInfo(tarnix::lcStartup).noquote() << "Window system:" << windowSystem.reason;
-    tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseBeforeSettings));
 
-    // 8-13: interface language, interface scale, application font and skin
-    // are applied here once their managers exist.
+    auto languageManager = std::make_unique<tarnix::UiLanguageManager>(&app);   // 8
+    {
+        QString error;
+        if (!languageManager->loadStoredLanguage(&error))
+            qCWarning(tarnix::lcStartup).noquote() << error;
+    }
+
+    // 9-13: interface scale, application font and skin are applied here once
+    // their managers exist.
 
     {                                                                           // 14
         tarnix::MessageBoxPresenter presenter;
@@ -125,10 +159,15 @@ int main(int argc, char **argv)
     const tarnix::GStreamerRuntimeLocation runtime =                           // 15
         tarnix::locateGStreamerRuntime(executableDirectory, profile);
     qCInfo(tarnix::lcStartup).noquote() << "GStreamer:" << runtime.description;
-    if (!runtime.found)
-        return runRuntimeMissingWindow(app);
+    if (!runtime.found) {
+        const int code = runRuntimeMissingWindow(app, stopRequested);
+        languageManager.reset();
+        return code;
+    }
 
-    initialiseGStreamer(argc, argv);                                            // 16
+    tarnix::prepareGStreamerLogBridge();                                        // 16
+    initialiseGStreamer(argc, argv);
+    tarnix::installGStreamerBridge();
 
     tarnix::CommandLine commandLine;                                            // 17
     commandLine.parse(rawArguments);
@@ -138,9 +177,8 @@ int main(int argc, char **argv)
     }
 
     if (!app.property("video.startupProgramOutput4k").isValid()) {            // 18
-        const auto settings = tarnix::openSettings();
         const bool output4k = commandLine.programOutput4kRequested()
-            || settings->value(QStringLiteral("video/programOutput4k"), false).toBool();
+            || tarnix::readBoolSetting(QStringLiteral("video/programOutput4k"));
         app.setProperty("video.startupProgramOutput4k", output4k);
     }
     const bool programOutput4k = app.property("video.startupProgramOutput4k").toBool();
@@ -154,7 +192,7 @@ int main(int argc, char **argv)
     tarnix::placeProgramVideoWindow(programVideoWindow.get());                  // 23
 
     auto mainController = std::make_unique<tarnix::MainController>(            // 24
-        programVideoWindow.get(), controllerWindow, programOutput4k);
+        programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get());
     if (!mainController->programPlayerAvailable()) {                            // 25
         qCWarning(tarnix::lcStartup).noquote()
             << "Program window hidden:" << mainController->programPlayerError();
@@ -162,9 +200,12 @@ int main(int argc, char **argv)
     }
 
     QObject::connect(controllerWindow, &QObject::destroyed, &app, &QCoreApplication::quit); // 26
-    tarnix::TerminationSignals terminationSignals;
-    QObject::connect(&terminationSignals, &tarnix::TerminationSignals::terminationRequested, &app,
-                     &QCoreApplication::quit);
+    QObject::connect(languageManager.get(), &tarnix::UiLanguageManager::languageChanged, controllerWindow,
+                     [window = programVideoWindow.get(), controllerWindow] {
+                         window->setWindowTitle(tarnix::localized("window.player.title"));
+                         if (controllerWindow)
+                             controllerWindow->setWindowTitle(tarnix::localized("window.controller.title"));
+                     });
 
     tarnix::showControllerWindow(controllerWindow);                             // 27
 
@@ -172,15 +213,13 @@ int main(int argc, char **argv)
 
     tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseControllerReady)); // 29
 
-    const int exitCode = app.exec();                                            // 30
+    const int exitCode = stopRequested ? 0 : app.exec();                        // 30
 
     mainController.reset();
     delete controllerWindow;
     programVideoWindow.reset();
     // The operator monitor publisher stops here once it exists.
     displayActivityGuard.reset();
-    // The language manager is destroyed here, then the application log stops
-    // with "Shutdown complete" once it exists.
-    qCInfo(tarnix::lcSystem) << "Shutdown complete";
-    return exitCode;
+    languageManager.reset();
+    return exitCode;  // the log stops last, with logSession
 }

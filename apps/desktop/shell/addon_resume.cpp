@@ -1,6 +1,6 @@
 #include "shell/addon_resume.h"
 
-#include "shell/startup_texts.h"
+#include "shell/localized_text.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -79,14 +79,14 @@ bool addonRestartLockHeld(const QString &stateDirectory)
 AddonResumeDecision resumeAddonJobs(const AddonResumeContext &context,
                                     StartupMessagePresenter &presenter)
 {
-    const QString title = startupText("settings.addons.title");
+    const QString title = localized("settings.addons.title");
     const QString dialogName = QStringLiteral("addonStartupDialog");
     const QStringList jobs = pendingAddonJobs(context.stateDirectory);
     const QString restartError = addonRestartError(context.arguments);
 
     if (!restartError.isEmpty()) {
         presenter.showWarning(dialogName, title,
-                              startupText("settings.addons.restart_failed").arg(restartError));
+                              localized("settings.addons.restart_failed").arg(restartError));
         if (!jobs.isEmpty())
             return {false, 1};
         return {true, 0};
@@ -107,10 +107,10 @@ AddonResumeDecision resumeAddonJobs(const AddonResumeContext &context,
         if (error.isEmpty())
             error = QStringLiteral("%1 could not be started").arg(context.managerProgram);
         presenter.showWarning(dialogName, title,
-                              startupText("settings.addons.restart_failed").arg(error));
+                              localized("settings.addons.restart_failed").arg(error));
         return {false, 1};
     }
-    presenter.showInformation(dialogName, title, startupText("settings.addons.startup_resuming"));
+    presenter.showInformation(dialogName, title, localized("settings.addons.startup_resuming"));
     return {false, 0};
 }
 

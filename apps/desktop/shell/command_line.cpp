@@ -1,7 +1,7 @@
 #include "shell/command_line.h"
 
 #include "shell/log_categories.h"
-#include "shell/startup_texts.h"
+#include "shell/localized_text.h"
 
 namespace tarnix {
 
@@ -25,9 +25,9 @@ CommandLine::CommandLine()
     , portable(QStringLiteral("portable"),
                QStringLiteral("Use config/<product profile>/user.ini beside the executable (Windows)."))
     , programOutput4k(QStringLiteral("program-output-4k"),
-                      startupText("application.option.program_output_4k"))
+                      localized("application.option.program_output_4k"))
 {
-    parser.setApplicationDescription(startupText("application.description"));
+    parser.setApplicationDescription(localized("application.description"));
     parser.addOption(addonRestartComplete);
     parser.addOption(addonRestartError);
     parser.addOption(portable);

@@ -1,9 +1,8 @@
 #include "shell/gpu_startup_preferences.h"
 
-#include "shell/application_identity.h"
+#include "shell/settings_store.h"
 
 #include <QCoreApplication>
-#include <QSettings>
 
 namespace tarnix {
 
@@ -12,11 +11,8 @@ void freezeGpuPreferences()
     QCoreApplication *app = QCoreApplication::instance();
     if (!app || app->property("gpu.preferencesFrozen").toBool())
         return;
-    const auto settings = openSettings();
-    app->setProperty("gpu.startupAdapterId",
-                     settings->value(QStringLiteral("video/gpuAdapterId"), QString()).toString());
-    app->setProperty("gpu.startupSoftwareDecoding",
-                     settings->value(QStringLiteral("video/softwareDecoding"), false).toBool());
+    app->setProperty("gpu.startupAdapterId", readStringSetting(QStringLiteral("video/gpuAdapterId")));
+    app->setProperty("gpu.startupSoftwareDecoding", readBoolSetting(QStringLiteral("video/softwareDecoding")));
     app->setProperty("gpu.preferencesFrozen", true);
 }
 

@@ -1,6 +1,7 @@
 #include "shell/startup_diagnostics.h"
 
 #include "shell/application_identity.h"
+#include "shell/application_log.h"
 #include "shell/loaded_modules.h"
 #include "shell/log_categories.h"
 #include "shell/ordered_json.h"
@@ -139,7 +140,7 @@ void writeStartupDiagnostics(const QString &phase)
     input.phase = phase;
     input.executablePath = QCoreApplication::applicationFilePath();
     input.workingDirectory = QDir::currentPath();
-    input.logDirectory = defaultLogDirectory();
+    input.logDirectory = logStarted() ? logDirectory() : defaultLogDirectory();
     input.appLocalData = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
     input.settingsFile = settingsFilePath();
     if (auto *app = QCoreApplication::instance())

@@ -1,10 +1,10 @@
 #include "shell/startup_windows.h"
 
 #include "shell/interface_scale.h"
-#include "shell/startup_texts.h"
+#include "shell/localized_text.h"
+#include "shell/user_info_bar.h"
 
 #include <QApplication>
-#include <QLabel>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -15,7 +15,7 @@ QWidget *createProgramVideoWindow()
 {
     auto *window = new QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint);
     window->setObjectName(QStringLiteral("programVideoWindow"));
-    window->setWindowTitle(startupText("window.player.title"));
+    window->setWindowTitle(localized("window.player.title"));
     window->setCursor(Qt::BlankCursor);
     window->setAttribute(Qt::WA_NativeWindow);
     window->winId();
@@ -28,7 +28,7 @@ QWidget *createControllerWindow()
     window->setObjectName(QStringLiteral("controllerWindow"));
     window->setAttribute(Qt::WA_StyledBackground);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->setWindowTitle(startupText("window.controller.title"));
+    window->setWindowTitle(localized("window.controller.title"));
     window->setMinimumWidth(scaledPixels(664));
     return window;
 }
@@ -71,23 +71,18 @@ void showControllerWindow(QWidget *window)
     window->showMaximized();
 }
 
-QWidget *createRuntimeMissingWindow(const QString &text)
+QWidget *createRuntimeMissingWindow(UserInfoCenter *center)
 {
     auto *window = new QWidget;
     window->setObjectName(QStringLiteral("controllerWindow"));
     window->setAttribute(Qt::WA_StyledBackground);
     window->setAttribute(Qt::WA_DeleteOnClose);
-    window->setWindowTitle(startupText("window.controller.title"));
+    window->setWindowTitle(localized("window.controller.title"));
     window->setMinimumWidth(scaledPixels(760));
     auto *layout = new QVBoxLayout(window);
     const int margin = scaledPixels(10);
     layout->setContentsMargins(margin, margin, margin, margin);
-    // The message bar takes this place once operator messages exist; until
-    // then the text stands in a label.
-    auto *label = new QLabel(text, window);
-    label->setObjectName(QStringLiteral("runtimeMissingMessage"));
-    label->setWordWrap(true);
-    layout->addWidget(label);
+    layout->addWidget(new UserInfoBar(center, window));
     return window;
 }
 

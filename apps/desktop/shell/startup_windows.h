@@ -7,6 +7,8 @@ class QScreen;
 
 namespace tarnix {
 
+class UserInfoCenter;
+
 // The full-screen program video window: frameless, blank cursor, native
 // window created at once because the picture is drawn into its handle.
 QWidget *createProgramVideoWindow();
@@ -27,7 +29,8 @@ void placeProgramVideoWindow(QWidget *window);
 void showControllerWindow(QWidget *window);
 
 // The window shown instead of the application when the GStreamer runtime is
-// missing: nothing else starts, the operator reads why and closes it.
-QWidget *createRuntimeMissingWindow(const QString &text);
+// missing: nothing else starts, the operator reads why in the message bar of
+// the given centre and closes the window.
+QWidget *createRuntimeMissingWindow(UserInfoCenter *center);
 
 } // namespace tarnix

@@ -1,0 +1,163 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en_GB" sourcelanguage="en_GB">
+<context>
+    <name></name>
+    <message id="application.description">
+        <source>TARNIX live-production playout</source>
+        <translation>TARNIX live-production playout</translation>
+    </message>
+    <message id="application.option.program_output_4k">
+        <source>Output the program picture at 3840 x 2160 for this run.</source>
+        <translation>Output the program picture at 3840 x 2160 for this run.</translation>
+    </message>
+    <message id="window.player.title">
+        <source>TARNIX Program</source>
+        <translation>TARNIX Program</translation>
+    </message>
+    <message id="window.controller.title">
+        <source>TARNIX Controller</source>
+        <translation>TARNIX Controller</translation>
+    </message>
+    <message id="settings.addons.title">
+        <source>Add-ons</source>
+        <translation>Add-ons</translation>
+    </message>
+    <message id="settings.addons.restart_failed">
+        <source>The add-on changes could not be completed: %1</source>
+        <translation>The add-on changes could not be completed: %1</translation>
+    </message>
+    <message id="settings.addons.startup_resuming">
+        <source>Add-on changes are being completed. TARNIX will start again when they are done.</source>
+        <translation>Add-on changes are being completed. TARNIX will start again when they are done.</translation>
+    </message>
+    <message id="startup.gstreamer_runtime_missing">
+        <source>The GStreamer runtime could not be found.</source>
+        <translation>The GStreamer runtime could not be found.</translation>
+    </message>
+    <message id="startup.playbin_creation_failed">
+        <source>Could not create the GStreamer playbin.</source>
+        <translation>Could not create the GStreamer playbin.</translation>
+    </message>
+    <message id="startup.audio_outputs_missing">
+        <source>ON AIR and PFL audio devices not found.</source>
+        <translation>ON AIR and PFL audio devices not found.</translation>
+    </message>
+    <message id="startup.program_output_missing">
+        <source>ON AIR audio device not found.</source>
+        <translation>ON AIR audio device not found.</translation>
+    </message>
+    <message id="startup.pfl_output_missing">
+        <source>PFL audio device not found.</source>
+        <translation>PFL audio device not found.</translation>
+    </message>
+    <message id="logs.show">
+        <source>Show Log</source>
+        <translation>Show Log</translation>
+    </message>
+    <message id="logs.debug">
+        <source>Debug Mode</source>
+        <translation>Debug Mode</translation>
+    </message>
+    <message id="logs.search">
+        <source>Search the log</source>
+        <translation>Search the log</translation>
+    </message>
+    <message id="logs.all">
+        <source>All</source>
+        <translation>All</translation>
+    </message>
+    <message id="logs.warnings">
+        <source>Warnings / Errors</source>
+        <translation>Warnings / Errors</translation>
+    </message>
+    <message id="logs.follow">
+        <source>Live update</source>
+        <translation>Live update</translation>
+    </message>
+    <message id="logs.save">
+        <source>Save Displayed Log</source>
+        <translation>Save Displayed Log</translation>
+    </message>
+    <message id="logs.folder">
+        <source>Open Log Folder</source>
+        <translation>Open Log Folder</translation>
+    </message>
+    <message id="logs.failed">
+        <source>Log save/open failed: %1</source>
+        <translation>Log save/open failed: %1</translation>
+    </message>
+    <message id="logs.retention">
+        <source>Latest 2,000 records shown. Automatic logs: %1 (10 MB × 10 files).</source>
+        <translation>Latest 2,000 records shown. Automatic logs: %1 (10 MB × 10 files).</translation>
+    </message>
+    <message id="logs.saved">
+        <source>Saved: %1</source>
+        <translation>Saved: %1</translation>
+    </message>
+    <message id="info.severity.success">
+        <source>Success</source>
+        <translation>Success</translation>
+    </message>
+    <message id="info.severity.warning">
+        <source>Warning</source>
+        <translation>Warning</translation>
+    </message>
+    <message id="info.severity.error">
+        <source>Error</source>
+        <translation>Error</translation>
+    </message>
+    <message id="info.source.system">
+        <source>System</source>
+        <translation>System</translation>
+    </message>
+    <message id="info.source.playlist">
+        <source>Playlist</source>
+        <translation>Playlist</translation>
+    </message>
+    <message id="info.source.program">
+        <source>Program</source>
+        <translation>Program</translation>
+    </message>
+    <message id="info.source.edit">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="info.source.uvc">
+        <source>UVC</source>
+        <translation>UVC</translation>
+    </message>
+    <message id="info.action.audio_settings">
+        <source>Open audio device settings</source>
+        <translation>Open audio device settings</translation>
+    </message>
+    <message id="info.accessible.summary">
+        <source>User information: %1, %2, %3</source>
+        <translation>User information: %1, %2, %3</translation>
+    </message>
+    <message id="edit.pfl.same_device_confirm">
+        <source>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</source>
+        <translation>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</translation>
+    </message>
+    <message id="settings.language.load_failed">
+        <source>Could not load the language pack: %1</source>
+        <translation>Could not load the language pack: %1</translation>
+    </message>
+    <message id="settings.language.save_failed">
+        <source>The language was changed for this session, but the preference could not be saved.</source>
+        <translation>The language was changed for this session, but the preference could not be saved.</translation>
+    </message>
+    <message id="settings.language.unknown">
+        <source>Unknown display language.</source>
+        <translation>Unknown display language.</translation>
+    </message>
+    <message id="settings.language.change_failed">
+        <source>The language could not be changed: %1</source>
+        <translation>The language could not be changed: %1</translation>
+    </message>
+    <message id="settings.language.changed">
+        <source>Language changed to %1.</source>
+        <translation>Language changed to %1.</translation>
+    </message>
+</context>
+</TS>

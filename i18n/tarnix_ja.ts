@@ -1,0 +1,163 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="ja_JP" sourcelanguage="en_GB">
+<context>
+    <name></name>
+    <message id="application.description">
+        <source>TARNIX live-production playout</source>
+        <translation>TARNIX ライブ制作プレイアウト</translation>
+    </message>
+    <message id="application.option.program_output_4k">
+        <source>Output the program picture at 3840 x 2160 for this run.</source>
+        <translation>この起動ではプログラム映像を 3840 x 2160 で出力します。</translation>
+    </message>
+    <message id="window.player.title">
+        <source>TARNIX Program</source>
+        <translation>TARNIX プログラム</translation>
+    </message>
+    <message id="window.controller.title">
+        <source>TARNIX Controller</source>
+        <translation>TARNIX コントローラー</translation>
+    </message>
+    <message id="settings.addons.title">
+        <source>Add-ons</source>
+        <translation>アドオン</translation>
+    </message>
+    <message id="settings.addons.restart_failed">
+        <source>The add-on changes could not be completed: %1</source>
+        <translation>アドオンの変更を完了できませんでした: %1</translation>
+    </message>
+    <message id="settings.addons.startup_resuming">
+        <source>Add-on changes are being completed. TARNIX will start again when they are done.</source>
+        <translation>アドオンの変更を完了しています。完了すると TARNIX がもう一度起動します。</translation>
+    </message>
+    <message id="startup.gstreamer_runtime_missing">
+        <source>The GStreamer runtime could not be found.</source>
+        <translation>GStreamer ランタイムが見つかりませんでした。</translation>
+    </message>
+    <message id="startup.playbin_creation_failed">
+        <source>Could not create the GStreamer playbin.</source>
+        <translation>GStreamer の playbin を作成できませんでした。</translation>
+    </message>
+    <message id="startup.audio_outputs_missing">
+        <source>ON AIR and PFL audio devices not found.</source>
+        <translation>ON AIR と PFL のオーディオデバイスが見つかりません。</translation>
+    </message>
+    <message id="startup.program_output_missing">
+        <source>ON AIR audio device not found.</source>
+        <translation>ON AIR のオーディオデバイスが見つかりません。</translation>
+    </message>
+    <message id="startup.pfl_output_missing">
+        <source>PFL audio device not found.</source>
+        <translation>PFL のオーディオデバイスが見つかりません。</translation>
+    </message>
+    <message id="logs.show">
+        <source>Show Log</source>
+        <translation>ログを表示</translation>
+    </message>
+    <message id="logs.debug">
+        <source>Debug Mode</source>
+        <translation>デバッグモード</translation>
+    </message>
+    <message id="logs.search">
+        <source>Search the log</source>
+        <translation>ログを検索</translation>
+    </message>
+    <message id="logs.all">
+        <source>All</source>
+        <translation>すべて</translation>
+    </message>
+    <message id="logs.warnings">
+        <source>Warnings / Errors</source>
+        <translation>警告 / エラー</translation>
+    </message>
+    <message id="logs.follow">
+        <source>Live update</source>
+        <translation>自動更新</translation>
+    </message>
+    <message id="logs.save">
+        <source>Save Displayed Log</source>
+        <translation>表示中のログを保存</translation>
+    </message>
+    <message id="logs.folder">
+        <source>Open Log Folder</source>
+        <translation>ログフォルダーを開く</translation>
+    </message>
+    <message id="logs.failed">
+        <source>Log save/open failed: %1</source>
+        <translation>ログの保存またはオープンに失敗しました: %1</translation>
+    </message>
+    <message id="logs.retention">
+        <source>Latest 2,000 records shown. Automatic logs: %1 (10 MB × 10 files).</source>
+        <translation>最新の 2,000 件を表示しています。自動ログ: %1（10 MB × 10 ファイル）。</translation>
+    </message>
+    <message id="logs.saved">
+        <source>Saved: %1</source>
+        <translation>保存しました: %1</translation>
+    </message>
+    <message id="info.severity.success">
+        <source>Success</source>
+        <translation>成功</translation>
+    </message>
+    <message id="info.severity.warning">
+        <source>Warning</source>
+        <translation>警告</translation>
+    </message>
+    <message id="info.severity.error">
+        <source>Error</source>
+        <translation>エラー</translation>
+    </message>
+    <message id="info.source.system">
+        <source>System</source>
+        <translation>システム</translation>
+    </message>
+    <message id="info.source.playlist">
+        <source>Playlist</source>
+        <translation>プレイリスト</translation>
+    </message>
+    <message id="info.source.program">
+        <source>Program</source>
+        <translation>プログラム</translation>
+    </message>
+    <message id="info.source.edit">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="info.source.uvc">
+        <source>UVC</source>
+        <translation>UVC</translation>
+    </message>
+    <message id="info.action.audio_settings">
+        <source>Open audio device settings</source>
+        <translation>オーディオデバイス設定を開く</translation>
+    </message>
+    <message id="info.accessible.summary">
+        <source>User information: %1, %2, %3</source>
+        <translation>ユーザー情報: %1、%2、%3</translation>
+    </message>
+    <message id="edit.pfl.same_device_confirm">
+        <source>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</source>
+        <translation>EDIT のモニター（PFL）が ON AIR と同じオーディオデバイスを使います。このまま使いますか？</translation>
+    </message>
+    <message id="settings.language.load_failed">
+        <source>Could not load the language pack: %1</source>
+        <translation>言語パックを読み込めませんでした: %1</translation>
+    </message>
+    <message id="settings.language.save_failed">
+        <source>The language was changed for this session, but the preference could not be saved.</source>
+        <translation>この起動中の表示言語は変更しましたが、設定を保存できませんでした。</translation>
+    </message>
+    <message id="settings.language.unknown">
+        <source>Unknown display language.</source>
+        <translation>不明な表示言語です。</translation>
+    </message>
+    <message id="settings.language.change_failed">
+        <source>The language could not be changed: %1</source>
+        <translation>表示言語を変更できませんでした: %1</translation>
+    </message>
+    <message id="settings.language.changed">
+        <source>Language changed to %1.</source>
+        <translation>表示言語を %1 に変更しました。</translation>
+    </message>
+</context>
+</TS>
