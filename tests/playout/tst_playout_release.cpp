@@ -56,7 +56,12 @@ private slots:
 
         QCOMPARE(releasePipeline(pipeline, QStringLiteral("owner words"), 200ms), !refuses);
 
-        QCOMPARE(finalized->load(), !refuses);
+        // A streaming thread winding down may hold a reference for a moment
+        // after NULL is confirmed, so the freed case is waited for.
+        if (refuses)
+            QVERIFY(!finalized->load());
+        else
+            QTRY_VERIFY_WITH_TIMEOUT(finalized->load(), 5000);
         QCOMPARE(retainedCount(), retainedBefore + (refuses ? 1 : 0));
         QCOMPARE(warnings.contains(QStringLiteral("owner words")), refuses);
     }
@@ -109,7 +114,10 @@ private slots:
         QCOMPARE(stop->isConfirmed(), !refuses);
         QCOMPARE(beforeAt->load(), 0);
         QCOMPARE(afterAt->load(), refuses ? -1 : 1);
-        QCOMPARE(finalized->load(), !refuses);
+        if (refuses)
+            QVERIFY(!finalized->load());
+        else
+            QTRY_VERIFY_WITH_TIMEOUT(finalized->load(), 5000);
         QCOMPARE(warnings.contains(QStringLiteral("Retaining test pipeline")), refuses);
     }
 };

@@ -1,0 +1,130 @@
+#include "layer_source.h"
+#include "private_xvfb.h"
+
+#include "video/program_gpu_compositor.h"
+#include "video/program_output_widget.h"
+
+#include <QApplication>
+#include <QScreen>
+#include <QWindow>
+#include <QtTest>
+
+using namespace tarnix;
+
+namespace {
+
+bool g_haveDisplay = false;
+
+constexpr int kWidth = 320;
+constexpr int kHeight = 180;
+
+// Whether every pixel of the grabbed window is the colour.
+bool filledWith(const QImage &image, QColor colour, QString *where)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor seen = image.pixelColor(x, y);
+            if (seen.red() != colour.red() || seen.green() != colour.green() || seen.blue() != colour.blue()) {
+                *where = QStringLiteral("%1 at %2,%3").arg(seen.name()).arg(x).arg(y);
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+class TestVideoPresentWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        if (!g_haveDisplay)
+            QSKIP("Xvfb is not installed");
+        gst_init(nullptr, nullptr);
+    }
+
+    // The presented picture fills the program window through ximagesink,
+    // scaled on the presenter thread when the window is of another size.
+    void windowShowsTheDeck_data()
+    {
+        QTest::addColumn<QSize>("windowSize");
+        QTest::addColumn<bool>("asChildWidget");
+        QTest::newRow("program size") << QSize(kWidth, kHeight) << false;
+        QTest::newRow("smaller than the program") << QSize(200, 120) << false;
+        // Unscaled, a larger window would show borders around the frame.
+        QTest::newRow("larger than the program") << QSize(480, 300) << false;
+        // As the player holds it: a child widget of a painted window.
+        QTest::newRow("output widget in a window") << QSize(240, 135) << true;
+    }
+
+    void windowShowsTheDeck()
+    {
+        QFETCH(QSize, windowSize);
+        QFETCH(bool, asChildWidget);
+        QWindow plainWindow;
+        QWidget parent;
+        parent.setStyleSheet(QStringLiteral("background: #ff00ff"));
+        ProgramOutputWidget output(&parent);
+        QWindow *window = &plainWindow;
+        if (asChildWidget) {
+            parent.setGeometry(QRect(QPoint(40, 40), windowSize + QSize(40, 40)));
+            output.setGeometry(QRect(QPoint(20, 20), windowSize));
+            parent.show();
+            window = output.outputWindow();
+        } else {
+            plainWindow.setGeometry(QRect(QPoint(40, 40), windowSize));
+            plainWindow.show();
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(window->isExposed(), 5000);
+
+        ProgramCompositorOptions options;
+        options.width = kWidth;
+        options.height = kHeight;
+        options.programWindow = window;
+        ProgramGpuCompositor compositor(options);
+        QVERIFY(compositor.start());
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                compositor.poll();
+                return compositor.state() != ProgramGpuCompositor::State::Starting;
+            },
+            10000));
+        QVERIFY(compositor.isStarted());
+
+        const QColor colour(0x20, 0xa0, 0xe0);
+        LayerSource deck(kWidth, kHeight);
+        QVERIFY(compositor.connectDeck(0, deck.pipeline, deck.sink));
+        QVERIFY(compositor.setProgramLayers(0, 1.0f, -1, 0.0f));
+        deck.push(colour);
+
+        QString where;
+        const bool filled = QTest::qWaitFor(
+            [&] {
+                compositor.poll();
+                const QImage shot = window->screen()->grabWindow(window->winId()).toImage();
+                return shot.size() == windowSize && filledWith(shot, colour, &where);
+            },
+            10000);
+        QVERIFY2(filled, qPrintable(where));
+        QString message;
+        QVERIFY(!compositor.poll(&message));
+        QVERIFY(compositor.stop());
+    }
+};
+
+int main(int argc, char **argv)
+{
+    PrivateXvfb xvfb;
+    g_haveDisplay = xvfb.start("640x480x24");
+    if (g_haveDisplay)
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication app(argc, argv);
+    TestVideoPresentWindow test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_video_present_window.moc"
