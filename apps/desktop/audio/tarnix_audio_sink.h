@@ -9,8 +9,7 @@
 //
 // Threads: render and preroll run on the streaming thread; unlock,
 // unlock_stop and tarnix_audio_sink_abort_sender may come from any thread.
-// The flushing and attached flags are atomic because render reads them with
-// no object lock.
+// The flushing flag is atomic because render reads it with no object lock.
 
 G_BEGIN_DECLS
 
@@ -25,5 +24,9 @@ gboolean tarnix_audio_sink_abort_sender(GstElement *element);
 
 // The channel the sink is attached to while started, or NULL (caller frees).
 gchar *tarnix_audio_sink_dup_attached_channel(TarnixAudioSink *sink);
+
+// The debug category "tarnix-audio-bridge" shared by both ends of the bridge.
+void tarnix_audio_bridge_debug_init(void);
+GST_DEBUG_CATEGORY_EXTERN(tarnix_audio_bridge_debug);
 
 G_END_DECLS

@@ -1,0 +1,112 @@
+#include "support/private_pulse_audio.h"
+
+#include <QDeadlineTimer>
+#include <QProcessEnvironment>
+#include <QThread>
+
+#include <csignal>
+#include <sys/prctl.h>
+
+namespace tarnix::test {
+
+namespace {
+
+QProcessEnvironment daemonEnvironment(const QString &directory)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME",
+                             "PULSE_RUNTIME_PATH", "PULSE_STATE_PATH"})
+        environment.insert(QString::fromLatin1(name), directory);
+    environment.remove(QStringLiteral("PULSE_SERVER"));
+    environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+    environment.remove(QStringLiteral("DISPLAY"));
+    return environment;
+}
+
+} // namespace
+
+PrivatePulseAudio::~PrivatePulseAudio()
+{
+    stop();
+}
+
+bool PrivatePulseAudio::start(QString *error)
+{
+    stop();
+    m_directory = std::make_unique<QTemporaryDir>();
+    if (!m_directory->isValid()) {
+        *error = QStringLiteral("no temporary directory");
+        return false;
+    }
+    const QString dir = m_directory->path();
+    const QString sinkOptions = QStringLiteral("rate=48000 format=float32le channels=2");
+    m_daemon = std::make_unique<QProcess>();
+    m_daemon->setProcessEnvironment(daemonEnvironment(dir));
+    m_daemon->setWorkingDirectory(dir);
+    m_daemon->setStandardOutputFile(dir + QStringLiteral("/daemon.log"));
+    m_daemon->setStandardErrorFile(dir + QStringLiteral("/daemon.log"));
+    // The daemon goes with the test process even if the test crashes.
+    m_daemon->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    m_daemon->start(
+        QStringLiteral("pulseaudio"),
+        {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--exit-idle-time=-1"),
+         QStringLiteral("--use-pid-file=false"), QStringLiteral("--disallow-exit"),
+         QStringLiteral("--log-target=stderr"), QStringLiteral("-L"),
+         QStringLiteral("module-native-protocol-unix socket=%1/native auth-anonymous=1").arg(dir),
+         QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=onair %1").arg(sinkOptions),
+         QStringLiteral("-L"), QStringLiteral("module-null-sink sink_name=other %1").arg(sinkOptions)});
+    if (!m_daemon->waitForStarted(5000)) {
+        *error = QStringLiteral("pulseaudio did not start: %1").arg(m_daemon->errorString());
+        return false;
+    }
+    m_hadPreviousServer = qEnvironmentVariableIsSet("PULSE_SERVER");
+    m_previousServer = qgetenv("PULSE_SERVER");
+    qputenv("PULSE_SERVER", serverAddress().toUtf8());
+
+    const QDeadlineTimer deadline(10000);
+    while (!deadline.hasExpired()) {
+        if (m_daemon->state() != QProcess::Running)
+            break;
+        if (!pactl({QStringLiteral("info")}).isNull())
+            return true;
+        QThread::msleep(50);
+    }
+    *error = QStringLiteral("pulseaudio did not answer on %1").arg(serverAddress());
+    stop();
+    return false;
+}
+
+void PrivatePulseAudio::stop()
+{
+    if (m_daemon) {
+        m_daemon->terminate();
+        if (!m_daemon->waitForFinished(5000)) {
+            m_daemon->kill();
+            m_daemon->waitForFinished(2000);
+        }
+        m_daemon.reset();
+        if (m_hadPreviousServer)
+            qputenv("PULSE_SERVER", m_previousServer);
+        else
+            qunsetenv("PULSE_SERVER");
+    }
+    m_directory.reset();
+}
+
+QString PrivatePulseAudio::serverAddress() const
+{
+    return m_directory ? QStringLiteral("unix:%1/native").arg(m_directory->path()) : QString();
+}
+
+QString PrivatePulseAudio::pactl(const QStringList &arguments) const
+{
+    QProcess process;
+    process.start(QStringLiteral("pactl"),
+                  QStringList{QStringLiteral("--server=%1").arg(serverAddress())} + arguments);
+    if (!process.waitForFinished(5000) || process.exitStatus() != QProcess::NormalExit ||
+        process.exitCode() != 0)
+        return QString();
+    return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+} // namespace tarnix::test
