@@ -1,5 +1,8 @@
 #include "MainController.h"
 
+#include "control/control_socket_server.h"
+#include "control/control_state_registry.h"
+#include "control/controller_operations.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
 #include "shell/ui_language_manager.h"
@@ -16,6 +19,9 @@ namespace tarnix {
 // that order as they are built; until the program playout controller exists
 // there is no program player, and the start hides the program window.
 struct MainController::Impl {
+    // First, so that it outlives every panel and controller bound to it.
+    ControllerOperations operations;
+    ControlStateRegistry controlState;
     QPointer<QWidget> programVideoWindow;
     QPointer<QWidget> controllerWindow;
     QPointer<UiLanguageManager> languageManager;
@@ -26,6 +32,8 @@ struct MainController::Impl {
     UserInfoCenter userInfoCenter;
     bool programPlayerAvailable = false;
     QString programPlayerError = QStringLiteral("The program player is not part of this build.");
+    // Last, so that it closes first at exit, before anything it reaches goes.
+    std::unique_ptr<ControlSocketServer> controlSocket;
 };
 
 MainController::MainController(QWidget *programVideoWindow, QWidget *controllerWindow,
@@ -40,7 +48,12 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
                                << (programOutput4k ? "3840x2160" : "1920x1080");
 }
 
-MainController::~MainController() = default;
+MainController::~MainController()
+{
+    // Requests that arrive while the rest is torn down find nothing to run.
+    d->operations.setAccepting(false);
+    d->controlSocket.reset();
+}
 
 bool MainController::programPlayerAvailable() const
 {
@@ -60,6 +73,27 @@ UserInfoCenter *MainController::userInfoCenter() const
 BackgroundIoQueue *MainController::backgroundIoQueue() const
 {
     return &d->backgroundIoQueue;
+}
+
+ControllerOperations *MainController::controllerOperations() const
+{
+    return &d->operations;
+}
+
+ControlStateRegistry *MainController::controlState() const
+{
+    return &d->controlState;
+}
+
+bool MainController::startControlSocket(const QString &path)
+{
+    if (d->controlSocket || path.isEmpty())
+        return false;
+    auto server = std::make_unique<ControlSocketServer>(&d->operations, &d->controlState);
+    if (!server->listen(path))
+        return false;
+    d->controlSocket = std::move(server);
+    return true;
 }
 
 } // namespace tarnix

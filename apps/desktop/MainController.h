@@ -9,6 +9,8 @@ class QWidget;
 namespace tarnix {
 
 class BackgroundIoQueue;
+class ControlStateRegistry;
+class ControllerOperations;
 class UiLanguageManager;
 class UserInfoCenter;
 
@@ -32,6 +34,16 @@ public:
     // The operator message queue and the file work queue of the run.
     UserInfoCenter *userInfoCenter() const;
     BackgroundIoQueue *backgroundIoQueue() const;
+
+    // The registry every operator intention goes through; panels and
+    // controllers bind their actions to it as they are built.
+    ControllerOperations *controllerOperations() const;
+    // Where owners publish the fields of the control socket's state query.
+    ControlStateRegistry *controlState() const;
+
+    // Opens the local control socket at the path. A failure is logged and
+    // the application runs without it. Returns whether it listens.
+    bool startControlSocket(const QString &path);
 
 private:
     struct Impl;

@@ -193,6 +193,14 @@ int main(int argc, char **argv)
 
     auto mainController = std::make_unique<tarnix::MainController>(            // 24
         programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get());
+    {
+        // Automation's way in; off unless a path is given.
+        QString controlSocketPath = commandLine.controlSocketPath();
+        if (controlSocketPath.isEmpty())
+            controlSocketPath = tarnix::readStringSetting(QStringLiteral("control/socketPath"));
+        if (!controlSocketPath.isEmpty())
+            mainController->startControlSocket(controlSocketPath);
+    }
     if (!mainController->programPlayerAvailable()) {                            // 25
         qCWarning(tarnix::lcStartup).noquote()
             << "Program window hidden:" << mainController->programPlayerError();

@@ -26,12 +26,16 @@ CommandLine::CommandLine()
                QStringLiteral("Use config/<product profile>/user.ini beside the executable (Windows)."))
     , programOutput4k(QStringLiteral("program-output-4k"),
                       localized("application.option.program_output_4k"))
+    , controlSocket(QStringLiteral("control-socket"),
+                    QStringLiteral("Listen for control requests on this local socket (overrides control/socketPath)."),
+                    QStringLiteral("path"))
 {
     parser.setApplicationDescription(localized("application.description"));
     parser.addOption(addonRestartComplete);
     parser.addOption(addonRestartError);
     parser.addOption(portable);
     parser.addOption(programOutput4k);
+    parser.addOption(controlSocket);
 }
 
 void CommandLine::parse(const QStringList &arguments)

@@ -15,6 +15,7 @@ struct CommandLine {
     QCommandLineOption addonRestartError;
     QCommandLineOption portable;
     QCommandLineOption programOutput4k;
+    QCommandLineOption controlSocket;
 
     CommandLine();
 
@@ -22,6 +23,8 @@ struct CommandLine {
     void parse(const QStringList &arguments);
     bool helpRequested() const { return parser.isSet(helpOption); }
     bool programOutput4kRequested() const { return parser.isSet(programOutput4k); }
+    // The control socket path given on the command line; empty when absent.
+    QString controlSocketPath() const { return parser.value(controlSocket); }
     QString helpText() const { return parser.helpText(); }
 };
 

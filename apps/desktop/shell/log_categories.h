@@ -12,5 +12,7 @@ const QLoggingCategory &lcStartup();  // "STARTUP": start-up decisions and diagn
 const QLoggingCategory &lcPlayout();  // "PLAYOUT": decks and pipelines of the ON AIR side
 const QLoggingCategory &lcAudio();    // "AUDIO": audio elements and devices
 const QLoggingCategory &lcVideo();    // "VIDEO": program picture and frame hand-over
+const QLoggingCategory &lcPlaylist(); // "PLAYLIST": the running document and its media files
+const QLoggingCategory &lcControl();  // "CONTROL": operator operations and the control socket
 
 } // namespace tarnix

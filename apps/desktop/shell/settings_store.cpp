@@ -25,6 +25,12 @@ SettingDefinition object(const char *key, QJsonObject value = {})
     return {QString::fromLatin1(key), SettingType::JsonObject, value};
 }
 
+SettingDefinition machineSpecific(SettingDefinition definition)
+{
+    definition.transferable = false;
+    return definition;
+}
+
 QList<SettingDefinition> buildDefinitions()
 {
     QList<SettingDefinition> rows = {
@@ -42,6 +48,7 @@ QList<SettingDefinition> buildDefinitions()
         s("audio/vst/item/uid"),
         s("audio/vst/master/path"),
         s("audio/vst/master/uid"),
+        machineSpecific(s("control/socketPath")),   // empty: no control socket
         b("deckLink/compositeEnabled", true),
         s("deckLink/fillChannel"),
         b("deckLink/fillEnabled", false),
@@ -223,6 +230,12 @@ const QJsonObject &settingsDefaults()
         return object;
     }();
     return defaults;
+}
+
+bool settingTransferable(const QString &key)
+{
+    const std::optional<SettingDefinition> definition = findSettingDefinition(key);
+    return definition && definition->transferable;
 }
 
 std::optional<SettingDefinition> findSettingDefinition(const QString &key)

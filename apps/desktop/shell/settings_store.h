@@ -19,14 +19,22 @@ struct SettingDefinition {
     QString key;          // "group/name"; a trailing "/*" stands for any name below the group
     SettingType type = SettingType::String;
     QJsonValue defaultValue;
+    // Machine-specific keys (paths of this host) stay out of settings
+    // exports and are dropped from imports.
+    bool transferable = true;
 };
 
 // Every known key with its type and default, in key order. Built once.
 const QList<SettingDefinition> &settingDefinitions();
 
-// The same table as one JSON object, key to default value; it also decides
-// which keys a transfer of settings carries.
+// The same table as one JSON object, key to default value. A transfer of
+// settings carries the keys of this table for which settingTransferable()
+// holds.
 const QJsonObject &settingsDefaults();
+
+// Whether a key travels in a settings export or import; false for unknown
+// and machine-specific keys.
+bool settingTransferable(const QString &key);
 
 // The definition of a key, matching the patterned groups too
 // ("audio/uvcMappings/<device>", "audio/vst/<slot>/<field>").
