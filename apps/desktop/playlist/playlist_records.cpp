@@ -31,6 +31,8 @@ void registerPlaylistMetaTypes()
     qRegisterMetaType<Playlist>();
     qRegisterMetaType<PlaylistDocument>();
     qRegisterMetaType<QList<PlaylistItem>>();
+    qRegisterMetaType<MacroStep>();
+    qRegisterMetaType<MacroDefinition>();
 }
 
 } // namespace tarnix

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "playlist/macro_records.h"
 #include "playlist/playlist_enums.h"
 
 #include <QList>
@@ -77,7 +78,7 @@ struct PlaylistDocument {
     qint32 activePlaylistNumber = 1;
     qint64 manualCrossfadeDurationMs = 1000;
     QString documentId;          // UUID without braces; empty until createNew() or a reader sets it
-    // The macro list joins here with the macro records.
+    QList<MacroDefinition> macros;
     quint64 nextItemId = 1;
 
     // A fresh document: one standard playlist numbered 1 and a new random id.
