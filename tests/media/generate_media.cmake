@@ -18,6 +18,8 @@ set(media_jobs
   "aac-audio-only.m4a|audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mp4mux ! filesink location=@OUT@"
   "vp8-vorbis.webm|videotestsrc num-buffers=30 pattern=green ! ${video_320} ! vp8enc deadline=1 ! mux. audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! audioconvert ! vorbisenc ! mux. webmmux name=mux ! filesink location=@OUT@"
   "tone-1s.wav|audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! wavenc ! filesink location=@OUT@"
+  "solid-red-4s.mp4|videotestsrc num-buffers=120 pattern=solid-color foreground-color=0xffff0000 ! ${video_320} ! openh264enc gop-size=30 ! h264parse ! mux. audiotestsrc num-buffers=188 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mux. mp4mux name=mux ! filesink location=@OUT@"
+  "solid-blue-4s.mp4|videotestsrc num-buffers=120 pattern=solid-color foreground-color=0xff0000ff ! ${video_320} ! openh264enc gop-size=30 ! h264parse ! mux. audiotestsrc num-buffers=188 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mux. mp4mux name=mux ! filesink location=@OUT@"
   "still.png|videotestsrc num-buffers=1 pattern=blue ! video/x-raw,width=320,height=180 ! pngenc ! filesink location=@OUT@"
 )
 

@@ -376,6 +376,15 @@ void DeckSourceSession::poll()
         d->pollFile();
 }
 
+void DeckSourceSession::failPreparation(const QString &message, bool offline)
+{
+    if (d->status != PreparationStatus::Preparing)
+        return;
+    if (offline)
+        d->mediaOffline = true;
+    d->fail(message, nullptr);
+}
+
 bool DeckSourceSession::replaceFilePipeline(QString *error)
 {
     return d->replaceFilePipeline(error);

@@ -70,6 +70,10 @@ public:
     // confirmed their stop.
     bool replaceFilePipeline(QString *error = nullptr);
 
+    // Fails a running preparation with the text (the owner saw an error on
+    // the deck's bus); offline marks the media as missing or unreadable.
+    void failPreparation(const QString &text, bool offline);
+
     // Takes the deck OFF AIR, releasing what it can.
     OffAirReport offAirSession();
 
