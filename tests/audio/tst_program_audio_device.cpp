@@ -262,12 +262,15 @@ private slots:
     // application around it goes on.
     void noSoundServerReadsFailed()
     {
-        const QByteArray server = qgetenv("PULSE_SERVER");
-        qputenv("PULSE_SERVER", "unix:/nonexistent/tarnix-test/native");
+        // The server is named on the sink rather than through PULSE_SERVER:
+        // pulsesink shares one connection per server name within a process,
+        // and an earlier case's connection to the test server may still be
+        // alive while its pipeline stops on a worker.
         ProgramAudioOutput output(ProgramAudioOutput::Timings{std::chrono::milliseconds(500)});
-        QVERIFY(output.create(nullptr, nullptr, QStringLiteral("onair")));
+        QVERIFY(output.create(nullptr, nullptr, QStringLiteral("onair"),
+                              QStringLiteral("pulsesink slave-method=resample "
+                                             "server=unix:/nonexistent/tarnix-test/native")));
         QVERIFY(serviceUntilSettled(output));
-        qputenv("PULSE_SERVER", server);
         QCOMPARE(ProgramAudioOutput::statusText(output.statusKey()),
                  QStringLiteral("Could not apply the ON AIR output device. Select an available "
                                 "device and try again."));
