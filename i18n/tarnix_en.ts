@@ -159,5 +159,25 @@
         <source>Language changed to %1.</source>
         <translation>Language changed to %1.</translation>
     </message>
+    <message id="program.error.gstreamer_playback">
+        <source>ON AIR playback error: %1</source>
+        <translation>ON AIR playback error: %1</translation>
+    </message>
+    <message id="program.warning.audio_output_changing">
+        <source>The program audio output is changing. Try again.</source>
+        <translation>The program audio output is changing. Try again.</translation>
+    </message>
+    <message id="program.warning.audio_output_unavailable">
+        <source>The program audio output is unavailable.</source>
+        <translation>The program audio output is unavailable.</translation>
+    </message>
+    <message id="program.warning.bgm_mode_on_air">
+        <source>Items of a BGM playlist play on the BGM player, not ON AIR.</source>
+        <translation>Items of a BGM playlist play on the BGM player, not ON AIR.</translation>
+    </message>
+    <message id="program.warning.delete_bgm">
+        <source>The item playing on the BGM player cannot be deleted.</source>
+        <translation>The item playing on the BGM player cannot be deleted.</translation>
+    </message>
 </context>
 </TS>

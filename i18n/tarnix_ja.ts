@@ -159,5 +159,25 @@
         <source>Language changed to %1.</source>
         <translation>表示言語を %1 に変更しました。</translation>
     </message>
+    <message id="program.error.gstreamer_playback">
+        <source>ON AIR playback error: %1</source>
+        <translation>ON AIR 再生エラー: %1</translation>
+    </message>
+    <message id="program.warning.audio_output_changing">
+        <source>The program audio output is changing. Try again.</source>
+        <translation>プログラム音声出力を切り替え中です。もう一度お試しください。</translation>
+    </message>
+    <message id="program.warning.audio_output_unavailable">
+        <source>The program audio output is unavailable.</source>
+        <translation>プログラム音声出力を使用できません。</translation>
+    </message>
+    <message id="program.warning.bgm_mode_on_air">
+        <source>Items of a BGM playlist play on the BGM player, not ON AIR.</source>
+        <translation>BGM プレイリストの項目は ON AIR ではなく BGM プレーヤーで再生されます。</translation>
+    </message>
+    <message id="program.warning.delete_bgm">
+        <source>The item playing on the BGM player cannot be deleted.</source>
+        <translation>BGM プレーヤーで再生中の項目は削除できません。</translation>
+    </message>
 </context>
 </TS>

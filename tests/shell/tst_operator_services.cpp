@@ -65,7 +65,7 @@ QSet<QString> keysUsedInCode()
         R"re((?:localized|LocalizedText|qtTrId)\s*[({]\s*(?:QStringLiteral\(\s*)?"([a-z0-9_]+(?:\.[a-z0-9_]+)+)")re"));
     static const QRegularExpression table(QString::fromLatin1(R"re(\{"[A-Z]+",\s*"(info\.source\.[a-z]+)"\})re"));
     static const QRegularExpression key(
-        QString::fromLatin1(R"re(QStringLiteral\("((?:info|logs|settings|startup)\.[a-z0-9_.]+)"\))re"));
+        QString::fromLatin1(R"re(QStringLiteral\("((?:info|logs|program|settings|startup)\.[a-z0-9_.]+)"\))re"));
     QSet<QString> keys;
     QDirIterator it(QStringLiteral(TARNIX_TEST_SOURCE_DIR "/apps/desktop"), {"*.cpp", "*.h"}, QDir::Files,
                     QDirIterator::Subdirectories);

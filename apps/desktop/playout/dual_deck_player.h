@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/program_audio_output.h"
+#include "audio/program_level_timeline.h"
 #include "playout/deck_source.h"
 #include "playout/deck_timings.h"
 #include "video/program_gpu_compositor.h"
@@ -109,6 +110,11 @@ public:
 
     // 0 not ready, 1 the presenter refused, 2 done.
     int offAir();
+
+    // The meter readings whose audio is due now: each queue is released up
+    // to the running time of its pipeline (the current deck's, the program
+    // pipeline's).
+    ProgramLevelTimeline::Snapshot levelSnapshot();
 
     // Returns and clears the last event; programAudio tells an error of the
     // program audio pipeline.

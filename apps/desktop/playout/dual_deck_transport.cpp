@@ -1,5 +1,7 @@
 #include "playout/dual_deck_player_impl.h"
 
+#include "audio/level_reading.h"
+
 #include <cmath>
 
 namespace tarnix {
@@ -232,6 +234,14 @@ bool DualDeckPlayer::isPlaying() const
     if (gst_element_get_state(session->playbin(), &state, &pending, 0) == GST_STATE_CHANGE_FAILURE)
         return false;
     return (pending == GST_STATE_VOID_PENDING ? state : pending) == GST_STATE_PLAYING;
+}
+
+ProgramLevelTimeline::Snapshot DualDeckPlayer::levelSnapshot()
+{
+    DeckSourceSession *session = d->ready() ? d->current() : nullptr;
+    GstElement *program = d->engine->audio ? d->engine->audio->pipeline() : nullptr;
+    return d->engine->levelTimeline.snapshot(pipelineRunningTime(session ? session->playbin() : nullptr),
+                                             pipelineRunningTime(program));
 }
 
 } // namespace tarnix

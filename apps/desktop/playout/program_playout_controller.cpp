@@ -1,0 +1,722 @@
+#include "playout/program_playout_controller.h"
+
+#include "playout/program_playout_controller_impl.h"
+#include "playout/program_playout_texts.h"
+
+#include "control/control_state_registry.h"
+#include "control/controller_operations.h"
+#include "shell/log_categories.h"
+
+#include <QJsonValue>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+namespace tarnix {
+
+qint64 clampFadeMs(qint64 ms)
+{
+    return std::clamp(ms, kMinFadeMs, kMaxFadeMs);
+}
+
+ProgramPlayoutController::Impl::Impl(ProgramPlayoutController *owner, std::unique_ptr<ProgramPlayer> programPlayer,
+                                     PlaylistModel *playlistModel, ItemSelection *itemSelection, UserInfoCenter *info,
+                                     ProgramPlayoutOptions opts)
+    : q(owner), player(std::move(programPlayer)), model(playlistModel), selection(itemSelection), userInfo(info),
+      options(std::move(opts)), programState(playlistModel)
+{
+}
+
+qint64 ProgramPlayoutController::Impl::now() const
+{
+    if (options.monotonicMs)
+        return options.monotonicMs();
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
+std::optional<PlaylistItem> ProgramPlayoutController::Impl::currentItem() const
+{
+    if (!model || programState.itemId() == 0)
+        return std::nullopt;
+    return model->item(programState.itemId());
+}
+
+std::optional<ProgramTarget> ProgramPlayoutController::Impl::targetForItem(quint64 itemId) const
+{
+    const std::optional<PlaylistItem> item = model ? model->item(itemId) : std::nullopt;
+    if (!item || item->filePath.isEmpty())
+        return std::nullopt;
+    ProgramTarget target;
+    target.itemId = itemId;
+    target.path = item->filePath;
+    target.displayName = item->displayName;
+    target.sourceType = int(item->sourceType);
+    // A timed still is asked of the deck whole; its time is the clock's.
+    if (item->sourceType == PlaylistSourceType::file && !isTimedStill(*item)) {
+        target.inPointMs = item->settings.inPointMs;
+        target.outPointMs = item->settings.outPointMs;
+    }
+    return target;
+}
+
+bool ProgramPlayoutController::Impl::isTimedStill(const PlaylistItem &item)
+{
+    const PlaylistItemSettings &s = item.settings;
+    return item.mediaType == PlaylistMediaType::stillImage && s.inPointMs >= 0 && s.outPointMs
+           && *s.outPointMs > s.inPointMs;
+}
+
+void ProgramPlayoutController::Impl::resumeStill()
+{
+    if (programState.phase() == PlayoutItemState::Held || stillClock.isAtEnd() || heldAtEnd) {
+        stillClock.rewind(true);
+        resetFades(currentItem());
+    } else {
+        stillClock.resume();
+    }
+    stillTickMs = now();
+    stillEnded = false;
+    heldAtEnd = false;
+    programState.setRunning();
+    playing = true;
+    updateRepeatDisplay();
+}
+
+void ProgramPlayoutController::Impl::serviceStillRestore()
+{
+    if (!stillRestorePending)
+        return;
+    switch (player->restoreStill()) {
+    case 0:
+        stillRestorePending = false;
+        resumeStill();
+        break;
+    case 1:
+        break;
+    default:
+        stillRestorePending = false;
+        playing = false;
+        showError(texts::stillRestoreFailed());
+        break;
+    }
+}
+
+bool ProgramPlayoutController::Impl::isBgmItem(const PlaylistItem &item) const
+{
+    return model && model->playlistMode(item.playlistNumber) == PlaylistMode::bgm;
+}
+
+qint64 ProgramPlayoutController::Impl::endMsFor(qint64 durationMs) const
+{
+    if (stillClock.isValid())
+        return stillClock.outMs();
+    const std::optional<qint64> out = programState.outPointMs();
+    if (out && (durationMs < 0 || *out < durationMs))
+        return *out;
+    return durationMs;
+}
+
+void ProgramPlayoutController::Impl::setStatus(const QString &text)
+{
+    if (statusText == text)
+        return;
+    statusText = text;
+    emit q->statusTextChanged(text);
+}
+
+void ProgramPlayoutController::Impl::showError(const QString &text)
+{
+    setStatus(text);
+    if (userInfo)
+        userInfo->post(UserInfoSeverity::Error, QStringLiteral("PROGRAM"), LocalizedText(QString(), {}, text));
+}
+
+void ProgramPlayoutController::Impl::post(UserInfoSeverity severity, const QString &key, const QString &fallback,
+                                          const QString &detail)
+{
+    setStatus(detail.isEmpty() ? fallback : detail);
+    if (userInfo)
+        userInfo->post(severity, QStringLiteral("PROGRAM"),
+                       LocalizedText(key, detail.isEmpty() ? QStringList() : QStringList{detail}, fallback), detail);
+}
+
+void ProgramPlayoutController::Impl::setCue(quint64 itemId, PlaylistCueState state, const QString &message)
+{
+    if (model)
+        model->setCueState(itemId, state, message);
+}
+
+void ProgramPlayoutController::Impl::clearCueMarks()
+{
+    if (model && model->cueItemId() != 0)
+        model->setCueState(0, PlaylistCueState::None);
+}
+
+void ProgramPlayoutController::Impl::updateRepeatDisplay()
+{
+    if (model && programState.itemId() != 0)
+        model->setItemRepeatProgress(programState.itemId(), programState.repeatDisplayCount());
+}
+
+void ProgramPlayoutController::Impl::scheduleSelectAfter(quint64 itemId)
+{
+    if (!autoSelectNextItem || itemId == 0)
+        return;
+    QTimer::singleShot(0, q, [this, itemId] {
+        if (!model || !selection || !model->contains(itemId))
+            return;
+        const quint64 next = model->itemAt(model->playlistOf(itemId), model->rowOf(itemId) + 1);
+        if (next == 0)
+            return;
+        selectionGuard = true;
+        selection->select(next);
+        selectionGuard = false;
+    });
+}
+
+// Tick parts ----------------------------------------------------------------
+
+void ProgramPlayoutController::Impl::updateTickInterval()
+{
+    const std::optional<PlaylistItem> item = currentItem();
+    const bool repeat = item && item->settings.endMode == PlaylistEndMode::repeat;
+    const auto interval = repeat ? options.repeatTickInterval : options.tickInterval;
+    if (tickTimer.intervalAsDuration() != interval)
+        tickTimer.setInterval(interval);
+}
+
+void ProgramPlayoutController::Impl::applySeekRequest()
+{
+    const qint64 requested = *std::exchange(seekRequest, std::nullopt);
+    if (programState.itemId() == 0)
+        return;
+    qint64 target = std::max(requested, programState.inPointMs());
+    const qint64 endMs = endMsFor(player->durationMs());
+    if (endMs >= 0)
+        target = std::min(target, endMs);
+    if (stillClock.isValid()) {
+        const bool wasRunning = stillClock.isRunning();
+        stillClock.seek(target);
+        if (wasRunning && stillClock.isAtEnd())
+            stillEnded = true;
+    } else if (!player->seek(target)) {
+        showError(texts::seekFailed());
+        return;
+    }
+    seekHold = target;
+    seekHoldTicks = kSeekHoldTicks;
+    heldAtEnd = false;
+    programState.setRunning();
+}
+
+void ProgramPlayoutController::Impl::updatePosition(qint64 positionMs)
+{
+    if (positionMs < 0)
+        return;
+    qint64 shown = positionMs;
+    if (seekHold) {
+        if (std::abs(positionMs - *seekHold) > kSeekHoldToleranceMs && seekHoldTicks > 0) {
+            shown = *seekHold;
+            --seekHoldTicks;
+        } else {
+            seekHold.reset();
+        }
+    }
+    displayedPositionMs = shown;
+}
+
+void ProgramPlayoutController::Impl::checkFadeOut(qint64 positionMs, qint64 endMs)
+{
+    if (fadeOutStarted || positionMs < 0 || endMs < 0 || !playing || isRepeating())
+        return;
+    const std::optional<PlaylistItem> item = currentItem();
+    if (!item || !item->settings.fadeOut.enabled)
+        return;
+    const qint64 remaining = endMs - positionMs;
+    if (remaining > clampFadeMs(item->settings.fadeOut.durationMs))
+        return;
+    // A fade out longer than what is left is shortened, never late.
+    fadeOutStarted = true;
+    fadeOutRamp.stop();
+    fadeOutFactor = 1.0;
+    fadeOutRamp.start(1.0, 0.0, std::max<qint64>(1, remaining), now());
+    ensureAnimating();
+}
+
+void ProgramPlayoutController::Impl::holdAtEnd(qint64 endMs)
+{
+    if (stillClock.isValid())
+        stillClock.stopAtEnd();
+    else
+        player->pause();
+    displayedPositionMs = endMs;
+    remainingMs = 0;
+    playing = false;
+    heldAtEnd = true;
+}
+
+void ProgramPlayoutController::Impl::updateProgramAudio()
+{
+    const std::optional<PlaylistItem> item = currentItem();
+    audio->setProgramActive(playing && item && item->mediaType != PlaylistMediaType::stillImage);
+}
+
+void ProgramPlayoutController::Impl::handleError(const QString &text, bool programAudio)
+{
+    // The program audio pipeline's own warning is shown by its owner.
+    if (programAudio)
+        return;
+    const std::optional<PlaylistItem> item = currentItem();
+    if (item && item->sourceType == PlaylistSourceType::file && player->isCurrentOffline()) {
+        if (model)
+            model->markFileUnavailable(item->filePath);
+        q->offAir();
+        showError(texts::mediaOffline() + text);
+        return;
+    }
+    const bool stopped = player->stop();
+    playing = false;
+    stillRestorePending = false;
+    if (stopped)
+        stillClock.pause();
+    else
+        stillClock.clear();
+    if (stopped)
+        programState.setHeld();
+    else
+        programState.setFailed();
+    QString message = text;
+    if (!stopped)
+        message += texts::pipelineAlsoFailedToStop();
+    automatic = {};
+    post(UserInfoSeverity::Error, QStringLiteral("program.error.gstreamer_playback"),
+         QStringLiteral("ON AIR playback error: %1"), message);
+}
+
+// The controller ------------------------------------------------------------
+
+ProgramPlayoutController::ProgramPlayoutController(std::unique_ptr<ProgramPlayer> player, PlaylistModel *model,
+                                                   ItemSelection *selection, UserInfoCenter *userInfo,
+                                                   ControllerOperations *operations, ControlStateRegistry *state,
+                                                   ProgramPlayoutOptions options, QObject *parent)
+    : QObject(parent), d(std::make_unique<Impl>(this, std::move(player), model, selection, userInfo, std::move(options)))
+{
+    ProgramAudioController::Options audioOptions = d->options.audio;
+    audioOptions.startTimer = d->options.startTimers;
+    d->audio = new ProgramAudioController([this] { return d->player->levelSnapshot(); }, audioOptions, this);
+    d->tickTimer.setTimerType(Qt::PreciseTimer);
+    d->tickTimer.setInterval(d->options.tickInterval);
+    connect(&d->tickTimer, &QTimer::timeout, this, &ProgramPlayoutController::tick);
+    d->animationTimer.setTimerType(Qt::PreciseTimer);
+    d->animationTimer.setInterval(d->options.animationInterval);
+    connect(&d->animationTimer, &QTimer::timeout, this, &ProgramPlayoutController::stepAnimations);
+    d->ftbBlinkTimer.setInterval(d->options.ftbBlinkInterval);
+    connect(&d->ftbBlinkTimer, &QTimer::timeout, this, [this] { d->ftbBlinkOn = !d->ftbBlinkOn; });
+
+    if (selection)
+        connect(selection, &ItemSelection::selectionChanged, this,
+                [this](quint64, bool byOperator) { d->onSelectionChanged(byOperator); });
+    if (model)
+        connect(model, &PlaylistModel::modelReset, this, [this] { d->forgetMissingItems(); });
+    if (model)
+        connect(model, &PlaylistModel::itemSettingsChanged, this, [this](quint64 itemId) {
+            if (d->macroTarget && d->macroTarget->itemId == itemId)
+                d->endMacroReservation(texts::macroItemSettingsChanged());
+        });
+    if (model)
+        connect(model, &PlaylistModel::itemRemoved, this, [this] { d->forgetMissingItems(); });
+
+    if (operations) {
+        using Ops = ControllerOperations;
+        operations->bindMember(Ops::TakeSelectedOnAir, this, &ProgramPlayoutController::takeOnAir);
+        operations->bindMember(Ops::OffAir, this, &ProgramPlayoutController::offAir);
+        operations->bindMember(Ops::ProgramPlay, this, &ProgramPlayoutController::play);
+        operations->bindMember(Ops::ProgramPause, this, &ProgramPlayoutController::pause);
+        operations->bindMember(Ops::ProgramTogglePlayback, this, &ProgramPlayoutController::togglePlayback);
+        operations->bindMember(Ops::ToggleFtb, this, &ProgramPlayoutController::toggleFtb);
+        operations->bindMember(Ops::ProgramSeek, this, &ProgramPlayoutController::seek);
+        operations->bindMember(Ops::ProgramPlaybackRate, this, &ProgramPlayoutController::setRate);
+    }
+
+    if (state) {
+        using Field = ControlStateRegistry::Field;
+        const auto idOrNull = [](quint64 id) { return id ? QJsonValue(qint64(id)) : QJsonValue(); };
+        const auto msOrNull = [](qint64 ms) { return ms >= 0 ? QJsonValue(ms) : QJsonValue(); };
+        state->setProvider(Field::SelectedItemId, this, [this, idOrNull] {
+            return idOrNull(d->selection ? d->selection->selectedItemId() : 0);
+        });
+        state->setProvider(Field::OnAirItemId, this, [this, idOrNull] { return idOrNull(onAirItemId()); });
+        state->setProvider(Field::CueItemId, this, [this, idOrNull] {
+            if (d->preparedTarget)
+                return idOrNull(d->preparedTarget->itemId);
+            return idOrNull(d->requestedTarget ? d->requestedTarget->itemId : 0);
+        });
+        state->setProvider(Field::CurrentDeck, this, [this] {
+            const int deck = d->player->currentDeck();
+            return deck >= 0 ? QJsonValue(deck) : QJsonValue();
+        });
+        state->setProvider(Field::PositionMs, this, [this, msOrNull] {
+            return onAirItemId() ? msOrNull(d->displayedPositionMs) : QJsonValue();
+        });
+        state->setProvider(Field::RemainingMs, this, [this, msOrNull] {
+            return onAirItemId() ? msOrNull(d->remainingMs) : QJsonValue();
+        });
+    }
+
+    if (d->options.startTimers && d->player->isInitialized())
+        d->tickTimer.start();
+}
+
+ProgramPlayoutController::~ProgramPlayoutController()
+{
+    d->closing = true;
+    d->finishMacroTransport(false, texts::onAirUnavailable());
+    if (d->macroPrepareRequest)
+        d->endMacroReservation(texts::onAirUnavailable());
+    d->tickTimer.stop();
+    d->animationTimer.stop();
+    d->ftbBlinkTimer.stop();
+}
+
+void ProgramPlayoutController::shutdown()
+{
+    d->closing = true;
+    d->tickTimer.stop();
+    d->animationTimer.stop();
+    d->ftbBlinkTimer.stop();
+    d->ftbRamp.stop();
+    d->crossfadeRamp.stop();
+    d->fadeInRamp.stop();
+    d->fadeOutRamp.stop();
+    d->player->beginShutdown();
+}
+
+bool ProgramPlayoutController::takeOnAir()
+{
+    if (d->closing || !d->model || !d->player->isInitialized())
+        return false;
+    d->endMacroReservation(texts::manualTakeReplacedMacro());
+    const quint64 selected = d->selection ? d->selection->selectedItemId() : 0;
+    const std::optional<PlaylistItem> item = selected ? d->model->item(selected) : std::nullopt;
+    if (!item || item->filePath.isEmpty()) {
+        d->showError(texts::selectItemToTake());
+        return false;
+    }
+    if (d->isBgmItem(*item)) {
+        d->queuedTakeItem.reset();
+        d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.bgm_mode_on_air"),
+                texts::bgmModeOnAirFallback());
+        return false;
+    }
+    if (!d->allowSameItemRetake && selected == d->programState.itemId()) {
+        d->queuedTakeItem.reset();
+        return false;
+    }
+    if (d->automatic.armed)
+        d->automatic = {};
+
+    const std::optional<ProgramTarget> target = d->targetForItem(selected);
+    const bool failed = d->player->standbyStatus() == PreparationStatus::Failed;
+    if (!d->preparedTarget || *d->preparedTarget != *target || failed)
+        d->followSelection(failed && item->sourceType == PlaylistSourceType::file);
+
+    if (d->preparedTarget && *d->preparedTarget == *target) {
+        switch (d->player->standbyStatus()) {
+        case PreparationStatus::Ready:
+            return takeTarget(*target, d->manualCrossfadeEnabled, d->manualCrossfadeMs);
+        case PreparationStatus::Failed:
+            d->showError(d->player->standbyError());
+            d->queuedTakeItem.reset();
+            return false;
+        default:
+            d->queuedTakeItem = selected;
+            return true;
+        }
+    }
+    if (d->requestedTarget && *d->requestedTarget == *target) {
+        d->queuedTakeItem = selected;
+        return true;
+    }
+    d->queuedTakeItem.reset();
+    return false;
+}
+
+bool ProgramPlayoutController::takeTarget(const ProgramTarget &target, bool crossfade, qint64 durationMs)
+{
+    if (d->closing || !d->model)
+        return false;
+    const std::optional<PlaylistItem> item = d->model->item(target.itemId);
+    if (item && item->sourceType == PlaylistSourceType::file && d->model->isOffline(target.itemId)) {
+        d->queuedTakeItem.reset();
+        d->showError(texts::fileNotFound() + item->filePath);
+        return false;
+    }
+    if (item && d->isBgmItem(*item)) {
+        d->queuedTakeItem.reset();
+        d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.bgm_mode_on_air"),
+                texts::bgmModeOnAirFallback());
+        return false;
+    }
+    if (!item || !d->preparedTarget || *d->preparedTarget != target) {
+        d->showError(texts::couldNotTake());
+        return false;
+    }
+
+    const quint64 oldItem = d->programState.itemId();
+    const double oldLevel = std::clamp(d->fadeInFactor * d->fadeOutFactor, 0.0, 1.0);
+    // The fade in starts from black and the cut takes the audio at once;
+    // both as the operator knows them.
+    const float startLevel = item->settings.fadeIn.enabled ? 0.0f : 1.0f;
+    const PlaylistItemSettings &s = item->settings;
+    d->player->setItemDelayFrames(s.nominalAudioDelayFrames);
+    d->player->setItemEq(s.nominalEqLowTenthsDb / 10.0, s.nominalEqMidTenthsDb / 10.0, s.nominalEqHighTenthsDb / 10.0);
+
+    int status = 3;
+    if (!d->player->takeStandby(crossfade, startLevel, &status)) {
+        // The dual-deck player refuses a take without telling the audio
+        // output's states 1 and 2 today; the branches stand for when it does.
+        if (status == 2)
+            d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_unavailable"),
+                    texts::audioOutputUnavailableFallback());
+        else if (status == 1)
+            d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_changing"),
+                    texts::audioOutputChangingFallback());
+        else
+            d->showError(texts::couldNotTake());
+        d->queuedTakeItem.reset();
+        return false;
+    }
+
+    // The deck has switched: from here the new item is on the output.
+    const quint64 generation = ++d->generation;
+    d->seekRequest.reset();
+    d->seekHold.reset();
+    d->heldAtEnd = false;
+    if (!d->programState.load(target.itemId)) {
+        d->finishCrossfade();
+        d->showError(texts::couldNotRetrieveItem());
+        return false;
+    }
+    const std::optional<PlaylistStartMode> startMode = d->programState.startMode();
+    if (!startMode) {
+        d->finishCrossfade();
+        d->programState.setFailed();
+        d->showError(texts::couldNotRetrieveLatestAtStart());
+        return false;
+    }
+    d->stillClock.clear();
+    d->stillEnded = false;
+    d->stillRestorePending = false;
+    if (Impl::isTimedStill(*item))
+        d->stillClock.start(s.inPointMs, s.outPointMs, false);
+    d->stillTickMs = d->now();
+    d->playbackRate = 1.0;
+    d->displayedPositionMs = d->stillClock.isValid() ? s.inPointMs : target.inPointMs;
+    d->remainingMs = -1;
+    d->requestedTarget.reset();
+    d->preparedTarget.reset();
+    d->queuedTakeItem.reset();
+    d->standbyStatusShown = PreparationStatus::Idle;
+    d->clearCueMarks();
+    d->model->setOnAirItem(target.itemId);
+    if (generation != d->generation || d->closing)
+        return true;
+    emit onAirChanged(true);
+    if (generation != d->generation || d->closing)
+        return true;
+    d->updateRepeatDisplay();
+
+    if (crossfade && oldItem != 0 && oldItem != target.itemId) {
+        d->crossfadeFromItem = oldItem;
+        d->crossfadeProgress = 0.0;
+        d->crossfadeFromLevel = oldLevel;
+    } else {
+        d->crossfadeFromItem = 0;
+        d->crossfadeProgress = 1.0;
+    }
+    d->resetFades(item);
+
+    if (d->stillClock.isValid()) {
+        // Nothing plays on the deck: the still stands and the clock runs.
+        if (*startMode == PlaylistStartMode::play)
+            d->stillClock.resume();
+    } else if (item->sourceType != PlaylistSourceType::file || *startMode == PlaylistStartMode::play) {
+        if (!d->player->play()) {
+            d->finishCrossfade();
+            d->programState.setFailed();
+            d->playing = false;
+            d->showError(texts::startModePlayFailed());
+            return false;
+        }
+    }
+    d->playing = d->stillClock.isValid() ? d->stillClock.isRunning() : d->player->isPlaying();
+    if (d->player->isCrossfadeActive())
+        d->startCrossfade(clampFadeMs(durationMs));
+    d->automatic = {};
+    d->updateProgramAudio();
+    return true;
+}
+
+bool ProgramPlayoutController::offAir()
+{
+    if (d->closing)
+        return false;
+    d->endMacroReservation(texts::offAirReleasedMacro());
+    if (d->player->offAir() != 2) {
+        d->showError(texts::offAirFailed());
+        return false;
+    }
+    ++d->generation;
+    const bool wasFtb = d->ftbActive;
+    d->ftbActive = false;
+    d->ftbRamp.stop();
+    d->finishFtb();
+    d->fadeInRamp.stop();
+    d->fadeOutRamp.stop();
+    d->crossfadeRamp.stop();
+    d->crossfadeFromItem = 0;
+    d->crossfadeProgress = 1.0;
+    d->fadeInFactor = 1.0;
+    d->fadeOutFactor = 1.0;
+    d->fadeOutStarted = false;
+    d->seekRequest.reset();
+    d->seekHold.reset();
+    d->stillClock.clear();
+    d->stillEnded = false;
+    d->stillRestorePending = false;
+    d->requestedTarget.reset();
+    d->preparedTarget.reset();
+    d->queuedTakeItem.reset();
+    d->releasePending = false;
+    d->automatic = {};
+    const quint64 was = d->programState.itemId();
+    d->programState.clear();
+    d->standbyStatusShown = PreparationStatus::Idle;
+    d->displayedPositionMs = -1;
+    d->remainingMs = -1;
+    d->lastPositionMs = -1;
+    d->lastEndMs = -1;
+    d->playing = false;
+    d->heldAtEnd = false;
+    d->playbackRate = 1.0;
+    d->clearCueMarks();
+    if (d->model)
+        d->model->setOnAirItem(0);
+    d->audio->setProgramActive(false);
+    if (wasFtb)
+        emit ftbChanged(false);
+    if (was != 0)
+        emit onAirChanged(false);
+    d->scheduleSelectAfter(was);
+    d->followSelection();
+    return true;
+}
+
+bool ProgramPlayoutController::canDeleteItem(quint64 itemId, QString *error) const
+{
+    QString text;
+    if (itemId != 0 && itemId == d->programState.itemId())
+        text = texts::cannotDeleteOnAir();
+    else if (itemId != 0 && d->model && itemId == d->model->bgmItemId())
+        text = LocalizedText(QStringLiteral("program.warning.delete_bgm"), {}, texts::deleteBgmFallback()).toString();
+    else if (itemId != 0 && d->model && itemId == d->model->dskItemId())
+        text = texts::cannotDeleteDsk();
+    if (error)
+        *error = text;
+    return text.isEmpty();
+}
+
+void ProgramPlayoutController::setAllowSameItemRetake(bool allow) { d->allowSameItemRetake = allow; }
+void ProgramPlayoutController::setAutoSelectNextItem(bool on) { d->autoSelectNextItem = on; }
+
+void ProgramPlayoutController::setManualCrossfade(bool enabled, qint64 durationMs)
+{
+    d->manualCrossfadeEnabled = enabled;
+    d->manualCrossfadeMs = durationMs;
+}
+
+void ProgramPlayoutController::tick()
+{
+    if (d->closing)
+        return;
+    d->updateTickInterval();
+    const qint64 t = d->now();
+    if (d->stillClock.advance(t - std::exchange(d->stillTickMs, t)))
+        d->stillEnded = true;
+    d->player->poll();
+    d->serviceStandby();
+    d->serviceMacroTransport();
+    if (d->programState.itemId() == 0) {
+        // A late end of stream of an item that left the air is dropped.
+        d->player->takeEvent(nullptr, nullptr);
+        return;
+    }
+    const std::optional<PlaylistItem> item = d->currentItem();
+    const bool live = item && item->sourceType != PlaylistSourceType::file;
+    if (d->seekRequest)
+        d->applySeekRequest();
+    const qint64 position = live ? -1 : d->stillClock.isValid() ? d->stillClock.positionMs() : d->player->positionMs();
+    const qint64 endMs = live ? -1 : d->endMsFor(d->player->durationMs());
+    d->lastPositionMs = position;
+    d->lastEndMs = endMs;
+    if (d->isRepeating())
+        d->prepareAutomatic(position, endMs);
+    if (live) {
+        d->displayedPositionMs = -1;
+        d->remainingMs = -1;
+    } else if (!d->heldAtEnd) {
+        d->updatePosition(position);
+    }
+    if (endMs >= 0 && position >= 0 && !d->heldAtEnd) {
+        d->remainingMs = std::max<qint64>(0, endMs - position);
+        d->checkFadeOut(position, endMs);
+        d->prepareAutomatic(position, endMs);
+    }
+
+    QString text;
+    bool programAudio = false;
+    const int event = d->player->takeEvent(&text, &programAudio);
+    if (event == ProgramPlayer::Error) {
+        d->handleError(text, programAudio);
+        d->updateProgramAudio();
+        return;
+    }
+    if (d->programState.itemId() == 0)
+        return;
+    d->serviceStillRestore();
+    d->repeatTrigger(position, endMs);
+    if (d->stillEnded) {
+        d->stillEnded = false;
+        d->finishItem(d->stillClock.outMs());
+    } else if (event == ProgramPlayer::EndOfStream && !live && !d->stillClock.isValid()) {
+        d->finishItem(endMs >= 0 ? endMs : std::max<qint64>(position, 0));
+    }
+    d->updateProgramAudio();
+}
+
+quint64 ProgramPlayoutController::onAirItemId() const { return d->programState.itemId(); }
+PlayoutItemState::Phase ProgramPlayoutController::programPhase() const { return d->programState.phase(); }
+int ProgramPlayoutController::repeatDisplayCount() const { return d->programState.repeatDisplayCount(); }
+std::optional<ProgramTarget> ProgramPlayoutController::requestedTarget() const { return d->requestedTarget; }
+std::optional<ProgramTarget> ProgramPlayoutController::preparedTarget() const { return d->preparedTarget; }
+std::optional<quint64> ProgramPlayoutController::queuedTakeItem() const { return d->queuedTakeItem; }
+AutomaticTarget ProgramPlayoutController::automaticTarget() const { return d->automatic; }
+bool ProgramPlayoutController::releasePending() const { return d->releasePending; }
+bool ProgramPlayoutController::isCrossfading() const { return d->crossfadeRunning(); }
+qint64 ProgramPlayoutController::crossfadeDurationMs() const { return d->crossfadeRamp.durationMs(); }
+double ProgramPlayoutController::crossfadeProgress() const { return d->crossfadeProgress; }
+bool ProgramPlayoutController::isFtbActive() const { return d->ftbActive; }
+double ProgramPlayoutController::ftbLevel() const { return d->ftbLevel; }
+double ProgramPlayoutController::fadeInFactor() const { return d->fadeInFactor; }
+double ProgramPlayoutController::fadeOutFactor() const { return d->fadeOutFactor; }
+double ProgramPlayoutController::playbackRate() const { return d->playbackRate; }
+qint64 ProgramPlayoutController::displayedPositionMs() const { return d->displayedPositionMs; }
+qint64 ProgramPlayoutController::remainingMs() const { return d->remainingMs; }
+bool ProgramPlayoutController::isPlaying() const { return d->playing; }
+int ProgramPlayoutController::tickIntervalMs() const { return int(d->tickTimer.interval()); }
+QString ProgramPlayoutController::statusText() const { return d->statusText; }
+ProgramAudioController *ProgramPlayoutController::audioController() const { return d->audio; }
+
+} // namespace tarnix

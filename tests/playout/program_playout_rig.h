@@ -1,0 +1,86 @@
+#pragma once
+
+#include "fake_program_player.h"
+
+#include "control/control_state_registry.h"
+#include "control/controller_operations.h"
+#include "playlist/playlist_model.h"
+#include "playout/program_playout_controller.h"
+#include "playout/selection_holder.h"
+#include "shell/user_info_center.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace tarnix::test {
+
+// A controller on a fake player, a model with files that always exist, and a
+// clock the test moves.
+struct ProgramPlayoutRig {
+    qint64 clockMs = 1000;
+    QTemporaryDir media;
+    PlaylistModel model{nullptr, PlaylistModelOptions{[](const QString &) { return true; }}};
+    UserInfoCenter info;
+    ControllerOperations operations;
+    ControlStateRegistry state;
+    SelectionHolder selection{&model, &operations};
+    FakeProgramPlayer *player = nullptr;
+    std::unique_ptr<ProgramPlayoutController> controller;
+
+    ProgramPlayoutRig()
+    {
+        auto fake = std::make_unique<FakeProgramPlayer>();
+        player = fake.get();
+        ProgramPlayoutOptions options;
+        options.startTimers = false;
+        options.monotonicMs = [this] { return clockMs; };
+        options.audio.monotonicMs = [this] { return clockMs; };
+        controller = std::make_unique<ProgramPlayoutController>(std::move(fake), &model, &selection, &info,
+                                                                &operations, &state, options);
+    }
+
+    quint64 add(const QString &path, PlaylistItemSettings settings = {}, qint64 durationMs = 3000,
+                PlaylistMediaType mediaType = PlaylistMediaType::video, qint32 playlist = 0)
+    {
+        // The model only takes files that exist.
+        const QString file = media.filePath(QFileInfo(path).fileName());
+        QFile touch(file);
+        touch.open(QIODevice::WriteOnly);
+        PlaylistItemRequest request;
+        request.filePath = file;
+        request.displayName = path;
+        request.mediaType = mediaType;
+        request.settings = settings;
+        request.targetPlaylistNumber = playlist;
+        const QList<quint64> ids = model.addItems({request});
+        player->durations.insert(file, durationMs);
+        return ids.value(0);
+    }
+
+    // Selects, prepares and takes an item, as an operator would.
+    bool putOnAir(quint64 itemId)
+    {
+        selection.selectByOperator(itemId);
+        player->makeReady();
+        return controller->takeOnAir();
+    }
+
+    void advance(qint64 ms)
+    {
+        clockMs += ms;
+        controller->stepAnimations();
+    }
+};
+
+inline PlaylistItemSettings playing(PlaylistEndMode endMode = PlaylistEndMode::pause)
+{
+    PlaylistItemSettings settings;
+    settings.startMode = PlaylistStartMode::play;
+    settings.endMode = endMode;
+    return settings;
+}
+
+} // namespace tarnix::test
