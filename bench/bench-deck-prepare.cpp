@@ -11,6 +11,8 @@
 #include "playout/deck_source_session.h"
 #include "video/deck_frame_mailboxes.h"
 
+#include "bench_support.h"
+
 #include <gst/gst.h>
 
 #include <QCoreApplication>
@@ -32,59 +34,6 @@ constexpr double kTargetP95Ms = 300.0;
 // Keyframes every 30 frames at 30 fps: frame 150 (5000 ms) is one, and frame
 // 149 starts at 4966.67 ms.
 constexpr qint64 kInPointMs = 4967;
-
-bool generateMedia(const QString &path)
-{
-    if (QFile::exists(path))
-        return true;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString partial = path + QStringLiteral(".partial");
-    const QString description =
-        QStringLiteral(
-            "videotestsrc num-buffers=300 pattern=zone-plate kx2=20 ky2=20 kt=1 ! "
-            "video/x-raw,width=1920,height=1080,framerate=30/1 ! "
-            "openh264enc gop-size=30 bitrate=8000000 ! h264parse ! mux. "
-            "audiotestsrc num-buffers=469 samplesperbuffer=1024 ! "
-            "audio/x-raw,rate=48000,channels=2 ! avenc_aac ! aacparse ! mux. "
-            "mp4mux name=mux ! filesink location=\"%1\"")
-            .arg(partial);
-    std::printf("generating %s ...\n", qPrintable(path));
-    std::fflush(stdout);
-    GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
-    if (error || !pipeline) {
-        std::fprintf(stderr, "cannot build the generator: %s\n",
-                     error ? error->message : "unknown error");
-        if (error)
-            g_error_free(error);
-        if (pipeline)
-            gst_object_unref(pipeline);
-        return false;
-    }
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    GstBus *bus = gst_element_get_bus(pipeline);
-    GstMessage *done = gst_bus_timed_pop_filtered(
-        bus, GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(pipeline);
-    if (!ok || !QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        std::fprintf(stderr, "generating the bench file failed\n");
-        return false;
-    }
-    return true;
-}
-
-double percentile(std::vector<double> values, double fraction)
-{
-    std::sort(values.begin(), values.end());
-    const auto rank = static_cast<std::size_t>(fraction * double(values.size()) + 0.999999);
-    return values[std::clamp<std::size_t>(rank, 1, values.size()) - 1];
-}
 
 bool waitUntil(const std::function<bool()> &condition, int limitMs)
 {
@@ -129,9 +78,9 @@ bool measure(DeckSourceSession &deck, const DeckSource &request, std::vector<dou
 
 void report(const char *name, const std::vector<double> &times)
 {
-    const double p95 = percentile(times, 0.95);
+    const double p95 = tarnix::bench::percentile(times, 0.95);
     std::printf("%-34s runs=%zu p50=%.1f ms p95=%.1f ms max=%.1f ms (target p95 <= %.0f ms: %s)\n",
-                name, times.size(), percentile(times, 0.50), p95,
+                name, times.size(), tarnix::bench::percentile(times, 0.50), p95,
                 *std::max_element(times.begin(), times.end()), kTargetP95Ms,
                 p95 <= kTargetP95Ms ? "met" : "missed");
 }
@@ -144,7 +93,7 @@ int main(int argc, char **argv)
     gst_init(&argc, &argv);
 
     const QString file = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/zone-plate-1080p30-10s.mp4");
-    if (!generateMedia(file))
+    if (!tarnix::bench::generateMedia(file, tarnix::bench::zonePlate1080pBody()))
         return 1;
 
     DeckSourceSession::Options options;

@@ -16,6 +16,8 @@
 
 #include "../tests/video/private_xvfb.h"
 
+#include "bench_support.h"
+
 #include <gst/gst.h>
 
 #include <QApplication>
@@ -84,43 +86,6 @@ private:
 bool isRed(const Pixel &p) { return p.r > 200 && p.g < 40 && p.b < 40; }
 bool isBlue(const Pixel &p) { return p.b > 200 && p.r < 40 && p.g < 40; }
 
-bool generateMedia(const QString &path, const QString &body)
-{
-    if (QFile::exists(path))
-        return true;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString partial = path + QStringLiteral(".partial");
-    const QString description = body + QStringLiteral(" ! filesink location=\"%1\"").arg(partial);
-    std::printf("generating %s ...\n", qPrintable(path));
-    std::fflush(stdout);
-    GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
-    if (error || !pipeline) {
-        std::fprintf(stderr, "cannot build the generator: %s\n", error ? error->message : "unknown");
-        if (error)
-            g_error_free(error);
-        if (pipeline)
-            gst_object_unref(pipeline);
-        return false;
-    }
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    GstBus *bus = gst_element_get_bus(pipeline);
-    GstMessage *done = gst_bus_timed_pop_filtered(
-        bus, GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(pipeline);
-    if (!ok || !QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        std::fprintf(stderr, "generating %s failed\n", qPrintable(path));
-        return false;
-    }
-    return true;
-}
-
 QString solidClip(const char *colour, const char *argb)
 {
     const QString path = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/solid-%1-1080p30-4s.mp4")
@@ -130,28 +95,14 @@ QString solidClip(const char *colour, const char *argb)
                        "video/x-raw,width=1920,height=1080,framerate=30/1 ! "
                        "openh264enc gop-size=30 bitrate=2000000 ! h264parse ! mp4mux")
             .arg(QString::fromLatin1(argb));
-    return generateMedia(path, body) ? path : QString();
+    return tarnix::bench::generateMedia(path, body) ? path : QString();
 }
 
 QString zonePlateClip()
 {
     // The same file as bench-deck-prepare's.
     const QString path = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/zone-plate-1080p30-10s.mp4");
-    const QString body = QStringLiteral(
-        "videotestsrc num-buffers=300 pattern=zone-plate kx2=20 ky2=20 kt=1 ! "
-        "video/x-raw,width=1920,height=1080,framerate=30/1 ! "
-        "openh264enc gop-size=30 bitrate=8000000 ! h264parse ! mux. "
-        "audiotestsrc num-buffers=469 samplesperbuffer=1024 ! "
-        "audio/x-raw,rate=48000,channels=2 ! avenc_aac ! aacparse ! mux. "
-        "mp4mux name=mux");
-    return generateMedia(path, body) ? path : QString();
-}
-
-double percentile(std::vector<double> values, double fraction)
-{
-    std::sort(values.begin(), values.end());
-    const auto rank = static_cast<std::size_t>(fraction * double(values.size()) + 0.999999);
-    return values[std::clamp<std::size_t>(rank, 1, values.size()) - 1];
+    return tarnix::bench::generateMedia(path, tarnix::bench::zonePlate1080pBody()) ? path : QString();
 }
 
 bool pollUntil(DualDeckPlayer &player, const std::function<bool()> &condition, int limitMs)
@@ -312,10 +263,10 @@ int main(int argc, char **argv)
         }
         latencies.push_back(double(first - before));
     }
-    const double p95 = percentile(latencies, 0.95);
+    const double p95 = tarnix::bench::percentile(latencies, 0.95);
     std::printf("take latency over %d cuts: p50=%.0f p95=%.0f max=%.0f output frames "
                 "(target p95 <= %.0f: %s)\n",
-                cuts, percentile(latencies, 0.5), p95,
+                cuts, tarnix::bench::percentile(latencies, 0.5), p95,
                 *std::max_element(latencies.begin(), latencies.end()), kTargetP95Frames,
                 p95 <= kTargetP95Frames ? "met" : "missed");
     std::printf("background frames at cuts: %d (target 0: %s)\n", backgroundFrames,

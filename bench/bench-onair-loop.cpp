@@ -18,6 +18,8 @@
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
 
+#include "bench_support.h"
+
 #include <gst/gst.h>
 
 #include <QApplication>
@@ -39,57 +41,6 @@ constexpr double kTargetP95Ms = 300.0 + 100.0;
 // Keyframes every 30 frames at 30 fps: 4967 ms and 1967 ms start one frame
 // before the keyframes at 5 s and 2 s.
 constexpr qint64 kInPointsMs[2] = {4967, 1967};
-
-bool generateMedia(const QString &path)
-{
-    if (QFile::exists(path))
-        return true;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString partial = path + QStringLiteral(".partial");
-    const QString description =
-        QStringLiteral("videotestsrc num-buffers=300 pattern=zone-plate kx2=20 ky2=20 kt=1 ! "
-                       "video/x-raw,width=1920,height=1080,framerate=30/1 ! "
-                       "openh264enc gop-size=30 bitrate=8000000 ! h264parse ! mux. "
-                       "audiotestsrc num-buffers=469 samplesperbuffer=1024 ! "
-                       "audio/x-raw,rate=48000,channels=2 ! avenc_aac ! aacparse ! mux. "
-                       "mp4mux name=mux ! filesink location=\"%1\"")
-            .arg(partial);
-    std::printf("generating %s ...\n", qPrintable(path));
-    std::fflush(stdout);
-    GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
-    if (error || !pipeline) {
-        std::fprintf(stderr, "cannot build the generator: %s\n", error ? error->message : "unknown");
-        if (error)
-            g_error_free(error);
-        if (pipeline)
-            gst_object_unref(pipeline);
-        return false;
-    }
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    GstBus *bus = gst_element_get_bus(pipeline);
-    GstMessage *done = gst_bus_timed_pop_filtered(
-        bus, GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(pipeline);
-    if (!ok || !QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        std::fprintf(stderr, "generating %s failed\n", qPrintable(path));
-        return false;
-    }
-    return true;
-}
-
-double percentile(std::vector<double> values, double fraction)
-{
-    std::sort(values.begin(), values.end());
-    const auto rank = static_cast<std::size_t>(fraction * double(values.size()) + 0.999999);
-    return values[std::clamp<std::size_t>(rank, 1, values.size()) - 1];
-}
 
 template <typename Condition>
 bool runUntil(Condition condition, int limitMs)
@@ -121,7 +72,7 @@ int main(int argc, char **argv)
         runs = std::max(1, args.at(at + 1).toInt());
 
     const QString file = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/zone-plate-1080p30-10s.mp4");
-    if (!generateMedia(file))
+    if (!tarnix::bench::generateMedia(file, tarnix::bench::zonePlate1080pBody()))
         return 1;
 
     DualDeckPlayerOptions options;
@@ -172,11 +123,11 @@ int main(int argc, char **argv)
         }
         if (readyMs.empty())
             return 1;
-        const double p95 = percentile(readyMs, 0.95);
+        const double p95 = tarnix::bench::percentile(readyMs, 0.95);
         std::printf("standby prepare-to-ready, 1080p H.264, In point before a keyframe, %zu runs:\n",
                     readyMs.size());
         std::printf("  p50 %.1f ms, p95 %.1f ms, max %.1f ms (target p95 <= %.0f ms) %s\n",
-                    percentile(readyMs, 0.5), p95, percentile(readyMs, 1.0), kTargetP95Ms,
+                    tarnix::bench::percentile(readyMs, 0.5), p95, tarnix::bench::percentile(readyMs, 1.0), kTargetP95Ms,
                     p95 <= kTargetP95Ms ? "PASS" : "FAIL");
         std::printf("loop point held/skipped frames: not measured\n");
 
