@@ -24,20 +24,20 @@ static GstStateChangeReturn refuse_change_state(GstElement *element, GstStateCha
         ->change_state(element, transition);
 }
 
-static void refuse_set_property(GObject *object, guint id, const GValue *value, GParamSpec *spec)
+static void refuse_set_property(GObject *object, guint id, const GValue *value, GParamSpec *pspec)
 {
     if (id == PROP_REFUSE_NULL)
         g_atomic_int_set(&TARNIX_TEST_REFUSE_NULL(object)->refuseNull, g_value_get_boolean(value));
     else
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
 }
 
-static void refuse_get_property(GObject *object, guint id, GValue *value, GParamSpec *spec)
+static void refuse_get_property(GObject *object, guint id, GValue *value, GParamSpec *pspec)
 {
     if (id == PROP_REFUSE_NULL)
         g_value_set_boolean(value, g_atomic_int_get(&TARNIX_TEST_REFUSE_NULL(object)->refuseNull));
     else
-        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, spec);
+        G_OBJECT_WARN_INVALID_PROPERTY_ID(object, id, pspec);
 }
 
 static void tarnix_test_refuse_null_class_init(TarnixTestRefuseNullClass *klass)
