@@ -48,4 +48,19 @@ void initInPlaceFilter(GstBaseTransform *transform)
     gst_base_transform_set_gap_aware(transform, TRUE);
 }
 
+GstFlowReturn processEqBuffer(GstBaseTransform *base, audio_dsp::EqProcessor &processor, GstBuffer *buffer)
+{
+    if (gst_base_transform_is_passthrough(base)) {
+        if (GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DISCONT))
+            processor.clear();
+        return GST_FLOW_OK;
+    }
+    const GstFlowReturn result = processor.process(buffer);
+    if (result != GST_FLOW_OK)
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, (nullptr),
+                          ("buffer of %" G_GSIZE_FORMAT " bytes is not whole stereo float frames",
+                           gst_buffer_get_size(buffer)));
+    return result;
+}
+
 } // namespace tarnix::audio_elements

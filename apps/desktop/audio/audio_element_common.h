@@ -3,6 +3,10 @@
 #include <gst/base/gstbasetransform.h>
 #include <gst/gst.h>
 
+namespace tarnix::audio_dsp {
+class EqProcessor;
+}
+
 // Pieces shared by the in-place filters of the program audio path.
 namespace tarnix::audio_elements {
 
@@ -21,5 +25,10 @@ bool eventClearsState(GstEvent *event);
 
 // In-place, gap-aware set-up of a filter.
 void initInPlaceFilter(GstBaseTransform *transform);
+
+// The built-in EQ's step for one buffer: in passthrough only a DISCONT
+// clears the filter memory; otherwise the buffer is equalised, and a buffer
+// that is not whole stereo float frames is an element error.
+GstFlowReturn processEqBuffer(GstBaseTransform *base, audio_dsp::EqProcessor &processor, GstBuffer *buffer);
 
 } // namespace tarnix::audio_elements

@@ -90,17 +90,7 @@ static void tarnix_audio_equalizer_before_transform(GstBaseTransform *base, GstB
 static GstFlowReturn tarnix_audio_equalizer_transform_ip(GstBaseTransform *base, GstBuffer *buffer)
 {
     TarnixAudioEqualizer *self = TARNIX_AUDIO_EQUALIZER(base);
-    if (gst_base_transform_is_passthrough(base)) {
-        if (GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_DISCONT))
-            self->state->processor.clear();
-        return GST_FLOW_OK;
-    }
-    const GstFlowReturn result = self->state->processor.process(buffer);
-    if (result != GST_FLOW_OK)
-        GST_ELEMENT_ERROR(self, STREAM, FORMAT, (nullptr),
-                          ("buffer of %" G_GSIZE_FORMAT " bytes is not whole stereo float frames",
-                           gst_buffer_get_size(buffer)));
-    return result;
+    return common::processEqBuffer(base, self->state->processor, buffer);
 }
 
 static void tarnix_audio_equalizer_class_init(TarnixAudioEqualizerClass *klass)

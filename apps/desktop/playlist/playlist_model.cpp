@@ -555,34 +555,32 @@ bool PlaylistModel::setCueState(quint64 itemId, PlaylistCueState state, const QS
     return true;
 }
 
-bool PlaylistModel::setDskItem(quint64 itemId)
+// The DSK, EDIT and BGM marks: each names one existing item or none, and a
+// change is announced with the item it replaced.
+bool PlaylistModel::setMarkedItem(quint64 &mark, quint64 itemId,
+                                  void (PlaylistModel::*changed)(quint64, quint64))
 {
     if (itemId != 0 && !d->items.contains(itemId))
         return false;
-    const quint64 previous = std::exchange(d->dskItem, itemId);
+    const quint64 previous = std::exchange(mark, itemId);
     if (previous != itemId)
-        emit dskStateChanged(previous, itemId);
+        emit (this->*changed)(previous, itemId);
     return true;
+}
+
+bool PlaylistModel::setDskItem(quint64 itemId)
+{
+    return setMarkedItem(d->dskItem, itemId, &PlaylistModel::dskStateChanged);
 }
 
 bool PlaylistModel::setEditItem(quint64 itemId)
 {
-    if (itemId != 0 && !d->items.contains(itemId))
-        return false;
-    const quint64 previous = std::exchange(d->editItem, itemId);
-    if (previous != itemId)
-        emit editStateChanged(previous, itemId);
-    return true;
+    return setMarkedItem(d->editItem, itemId, &PlaylistModel::editStateChanged);
 }
 
 bool PlaylistModel::setBgmItem(quint64 itemId)
 {
-    if (itemId != 0 && !d->items.contains(itemId))
-        return false;
-    const quint64 previous = std::exchange(d->bgmItem, itemId);
-    if (previous != itemId)
-        emit bgmStateChanged(previous, itemId);
-    return true;
+    return setMarkedItem(d->bgmItem, itemId, &PlaylistModel::bgmStateChanged);
 }
 
 // ---- conversion and analysis ---------------------------------------------

@@ -164,6 +164,7 @@ signals:
     void bulkUndoAvailableChanged(bool available);
 
 private:
+    bool setMarkedItem(quint64 &mark, quint64 itemId, void (PlaylistModel::*changed)(quint64, quint64));
     struct Impl;
     friend struct Impl;
     std::unique_ptr<Impl> d;
