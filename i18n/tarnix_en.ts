@@ -51,6 +51,130 @@
         <source>PFL audio device not found.</source>
         <translation>PFL audio device not found.</translation>
     </message>
+    <message id="menu.file">
+        <source>File</source>
+        <translation>File</translation>
+    </message>
+    <message id="menu.file.export_playlist">
+        <source>Export Playlist...</source>
+        <translation>Export Playlist...</translation>
+    </message>
+    <message id="menu.file.import_playlist">
+        <source>Import Playlist...</source>
+        <translation>Import Playlist...</translation>
+    </message>
+    <message id="menu.file.restore_previous_session">
+        <source>Restore Previous Session</source>
+        <translation>Restore Previous Session</translation>
+    </message>
+    <message id="menu.file.exit">
+        <source>Exit</source>
+        <translation>Exit</translation>
+    </message>
+    <message id="menu.on_air">
+        <source>On Air</source>
+        <translation>On Air</translation>
+    </message>
+    <message id="menu.on_air.TakeOnAir">
+        <source>Take ON AIR</source>
+        <translation>Take ON AIR</translation>
+    </message>
+    <message id="menu.on_air.OffAir">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="menu.on_air.ToggleFtb">
+        <source>Fade to Black</source>
+        <translation>Fade to Black</translation>
+    </message>
+    <message id="menu.on_air.ToggleOnAirPlayback">
+        <source>Play / Pause ON AIR</source>
+        <translation>Play / Pause ON AIR</translation>
+    </message>
+    <message id="menu.on_air.MasterFadeIn">
+        <source>Master Fade In</source>
+        <translation>Master Fade In</translation>
+    </message>
+    <message id="menu.on_air.MasterFadeOut">
+        <source>Master Fade Out</source>
+        <translation>Master Fade Out</translation>
+    </message>
+    <message id="menu.on_air.ItemFadeIn">
+        <source>Item Fade In</source>
+        <translation>Item Fade In</translation>
+    </message>
+    <message id="menu.on_air.ItemFadeOut">
+        <source>Item Fade Out</source>
+        <translation>Item Fade Out</translation>
+    </message>
+    <message id="menu.on_air.BgmFadeIn">
+        <source>BGM Fade In</source>
+        <translation>BGM Fade In</translation>
+    </message>
+    <message id="menu.on_air.BgmFadeOut">
+        <source>BGM Fade Out</source>
+        <translation>BGM Fade Out</translation>
+    </message>
+    <message id="menu.on_air.ToggleDsk">
+        <source>DSK On / Off</source>
+        <translation>DSK On / Off</translation>
+    </message>
+    <message id="menu.help">
+        <source>Help</source>
+        <translation>Help</translation>
+    </message>
+    <message id="file_dialog.export_playlist.title">
+        <source>Export Playlist</source>
+        <translation>Export Playlist</translation>
+    </message>
+    <message id="file_dialog.import_playlist.title">
+        <source>Import Playlist</source>
+        <translation>Import Playlist</translation>
+    </message>
+    <message id="file_dialog.playlist.filter">
+        <source>TARNIX Playlist (*.json);;All Files (*.*)</source>
+        <translation>TARNIX Playlist (*.json);;All Files (*.*)</translation>
+    </message>
+    <message id="playlist.export.succeeded">
+        <source>Exported %1 playlist(s) and %2 item(s).</source>
+        <translation>Exported %1 playlist(s) and %2 item(s).</translation>
+    </message>
+    <message id="playlist.export.failed">
+        <source>Playlist export failed.</source>
+        <translation>Playlist export failed.</translation>
+    </message>
+    <message id="playlist.import.succeeded">
+        <source>Imported %1 playlist(s) and %2 item(s).</source>
+        <translation>Imported %1 playlist(s) and %2 item(s).</translation>
+    </message>
+    <message id="playlist.import.failed">
+        <source>Playlist import failed.</source>
+        <translation>Playlist import failed.</translation>
+    </message>
+    <message id="playlist.restore_previous.failed">
+        <source>Previous session restore failed.</source>
+        <translation>Previous session restore failed.</translation>
+    </message>
+    <message id="playlist.restore_previous.playout_active">
+        <source>Turn OFF AIR, turn DSK off, and stop BGM before restoring the previous session.</source>
+        <translation>Turn OFF AIR, turn DSK off, and stop BGM before restoring the previous session.</translation>
+    </message>
+    <message id="playlist.restore_previous.succeeded">
+        <source>Restored %1 playlist(s) and %2 item(s) from the previous session.</source>
+        <translation>Restored %1 playlist(s) and %2 item(s) from the previous session.</translation>
+    </message>
+    <message id="playlist.bulk.failed">
+        <source>Could not apply the playlist bulk operation.</source>
+        <translation>Could not apply the playlist bulk operation.</translation>
+    </message>
+    <message id="playlist.bulk.bgm_active">
+        <source>Stop BGM before changing or clearing its playlist mode.</source>
+        <translation>Stop BGM before changing or clearing its playlist mode.</translation>
+    </message>
+    <message id="playlist.bulk.undo.playout_active">
+        <source>Turn OFF AIR, turn DSK off, and stop BGM before undoing a playlist bulk operation.</source>
+        <translation>Turn OFF AIR, turn DSK off, and stop BGM before undoing a playlist bulk operation.</translation>
+    </message>
     <message id="logs.show">
         <source>Show Log</source>
         <translation>Show Log</translation>
@@ -178,6 +302,18 @@
     <message id="program.warning.delete_bgm">
         <source>The item playing on the BGM player cannot be deleted.</source>
         <translation>The item playing on the BGM player cannot be deleted.</translation>
+    </message>
+    <message id="input.audio.error">
+        <source>Live audio input error: %1</source>
+        <translation>Live audio input error: %1</translation>
+    </message>
+    <message id="powerpoint.import.native_on_air">
+        <source>A PowerPoint slide show is ON AIR. Take it OFF AIR before converting a presentation.</source>
+        <translation>A PowerPoint slide show is ON AIR. Take it OFF AIR before converting a presentation.</translation>
+    </message>
+    <message id="powerpoint.import.release_cue_failed">
+        <source>The standby player could not release its PowerPoint slide show for the conversion.</source>
+        <translation>The standby player could not release its PowerPoint slide show for the conversion.</translation>
     </message>
 </context>
 </TS>

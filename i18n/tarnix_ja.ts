@@ -51,6 +51,130 @@
         <source>PFL audio device not found.</source>
         <translation>PFL のオーディオデバイスが見つかりません。</translation>
     </message>
+    <message id="menu.file">
+        <source>File</source>
+        <translation>ファイル</translation>
+    </message>
+    <message id="menu.file.export_playlist">
+        <source>Export Playlist...</source>
+        <translation>プレイリストを書き出す...</translation>
+    </message>
+    <message id="menu.file.import_playlist">
+        <source>Import Playlist...</source>
+        <translation>プレイリストを読み込む...</translation>
+    </message>
+    <message id="menu.file.restore_previous_session">
+        <source>Restore Previous Session</source>
+        <translation>前回のセッションを復元</translation>
+    </message>
+    <message id="menu.file.exit">
+        <source>Exit</source>
+        <translation>終了</translation>
+    </message>
+    <message id="menu.on_air">
+        <source>On Air</source>
+        <translation>オンエア</translation>
+    </message>
+    <message id="menu.on_air.TakeOnAir">
+        <source>Take ON AIR</source>
+        <translation>ON AIR にする</translation>
+    </message>
+    <message id="menu.on_air.OffAir">
+        <source>OFF AIR</source>
+        <translation>OFF AIR にする</translation>
+    </message>
+    <message id="menu.on_air.ToggleFtb">
+        <source>Fade to Black</source>
+        <translation>黒へフェード (FTB)</translation>
+    </message>
+    <message id="menu.on_air.ToggleOnAirPlayback">
+        <source>Play / Pause ON AIR</source>
+        <translation>ON AIR の再生 / 一時停止</translation>
+    </message>
+    <message id="menu.on_air.MasterFadeIn">
+        <source>Master Fade In</source>
+        <translation>マスター フェードイン</translation>
+    </message>
+    <message id="menu.on_air.MasterFadeOut">
+        <source>Master Fade Out</source>
+        <translation>マスター フェードアウト</translation>
+    </message>
+    <message id="menu.on_air.ItemFadeIn">
+        <source>Item Fade In</source>
+        <translation>アイテム フェードイン</translation>
+    </message>
+    <message id="menu.on_air.ItemFadeOut">
+        <source>Item Fade Out</source>
+        <translation>アイテム フェードアウト</translation>
+    </message>
+    <message id="menu.on_air.BgmFadeIn">
+        <source>BGM Fade In</source>
+        <translation>BGM フェードイン</translation>
+    </message>
+    <message id="menu.on_air.BgmFadeOut">
+        <source>BGM Fade Out</source>
+        <translation>BGM フェードアウト</translation>
+    </message>
+    <message id="menu.on_air.ToggleDsk">
+        <source>DSK On / Off</source>
+        <translation>DSK のオン / オフ</translation>
+    </message>
+    <message id="menu.help">
+        <source>Help</source>
+        <translation>ヘルプ</translation>
+    </message>
+    <message id="file_dialog.export_playlist.title">
+        <source>Export Playlist</source>
+        <translation>プレイリストの書き出し</translation>
+    </message>
+    <message id="file_dialog.import_playlist.title">
+        <source>Import Playlist</source>
+        <translation>プレイリストの読み込み</translation>
+    </message>
+    <message id="file_dialog.playlist.filter">
+        <source>TARNIX Playlist (*.json);;All Files (*.*)</source>
+        <translation>TARNIX プレイリスト (*.json);;すべてのファイル (*.*)</translation>
+    </message>
+    <message id="playlist.export.succeeded">
+        <source>Exported %1 playlist(s) and %2 item(s).</source>
+        <translation>%1 個のプレイリストと %2 個の項目を書き出しました。</translation>
+    </message>
+    <message id="playlist.export.failed">
+        <source>Playlist export failed.</source>
+        <translation>プレイリストの書き出しに失敗しました。</translation>
+    </message>
+    <message id="playlist.import.succeeded">
+        <source>Imported %1 playlist(s) and %2 item(s).</source>
+        <translation>%1 個のプレイリストと %2 個の項目を読み込みました。</translation>
+    </message>
+    <message id="playlist.import.failed">
+        <source>Playlist import failed.</source>
+        <translation>プレイリストの読み込みに失敗しました。</translation>
+    </message>
+    <message id="playlist.restore_previous.failed">
+        <source>Previous session restore failed.</source>
+        <translation>前回のセッションを復元できませんでした。</translation>
+    </message>
+    <message id="playlist.restore_previous.playout_active">
+        <source>Turn OFF AIR, turn DSK off, and stop BGM before restoring the previous session.</source>
+        <translation>前回のセッションを復元する前に、OFF AIR にし、DSK をオフにし、BGM を停止してください。</translation>
+    </message>
+    <message id="playlist.restore_previous.succeeded">
+        <source>Restored %1 playlist(s) and %2 item(s) from the previous session.</source>
+        <translation>前回のセッションから %1 個のプレイリストと %2 個の項目を復元しました。</translation>
+    </message>
+    <message id="playlist.bulk.failed">
+        <source>Could not apply the playlist bulk operation.</source>
+        <translation>プレイリストの一括操作を適用できませんでした。</translation>
+    </message>
+    <message id="playlist.bulk.bgm_active">
+        <source>Stop BGM before changing or clearing its playlist mode.</source>
+        <translation>BGM のプレイリストのモードを変更またはクリアする前に BGM を停止してください。</translation>
+    </message>
+    <message id="playlist.bulk.undo.playout_active">
+        <source>Turn OFF AIR, turn DSK off, and stop BGM before undoing a playlist bulk operation.</source>
+        <translation>プレイリストの一括操作を元に戻す前に、OFF AIR にし、DSK をオフにし、BGM を停止してください。</translation>
+    </message>
     <message id="logs.show">
         <source>Show Log</source>
         <translation>ログを表示</translation>
@@ -178,6 +302,18 @@
     <message id="program.warning.delete_bgm">
         <source>The item playing on the BGM player cannot be deleted.</source>
         <translation>BGM プレーヤーで再生中の項目は削除できません。</translation>
+    </message>
+    <message id="input.audio.error">
+        <source>Live audio input error: %1</source>
+        <translation>ライブ音声入力エラー: %1</translation>
+    </message>
+    <message id="powerpoint.import.native_on_air">
+        <source>A PowerPoint slide show is ON AIR. Take it OFF AIR before converting a presentation.</source>
+        <translation>PowerPoint のスライドショーが ON AIR 中です。プレゼンテーションを変換する前に OFF AIR にしてください。</translation>
+    </message>
+    <message id="powerpoint.import.release_cue_failed">
+        <source>The standby player could not release its PowerPoint slide show for the conversion.</source>
+        <translation>変換のために待機プレーヤーの PowerPoint スライドショーを解放できませんでした。</translation>
     </message>
 </context>
 </TS>

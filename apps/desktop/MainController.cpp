@@ -1,59 +1,303 @@
 #include "MainController.h"
+#include "MainController_impl.h"
 
 #include "control/control_socket_server.h"
-#include "control/control_state_registry.h"
 #include "control/controller_operations.h"
+#include "playlist/playlist_model.h"
+#include "playlist/playlist_transfer.h"
+#include "playout/dual_deck_player.h"
+#include "playout/dual_deck_program_player.h"
+#include "playout/dual_deck_texts.h"
+#include "playout/program_playout_controller.h"
+#include "playout/selection_holder.h"
+#include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
+#include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
 
-#include <QPointer>
+#include <QColor>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QLayout>
+#include <QVBoxLayout>
 #include <QWidget>
 
 namespace tarnix {
 
-// Members are constructed in the order below and destroyed in reverse. The
-// operations registry, operator messages, playlist model, panels and the
-// program playout controller (which owns the dual-deck player) join here in
-// that order as they are built; until the program playout controller exists
-// there is no program player, and the start hides the program window.
-struct MainController::Impl {
-    // First, so that it outlives every panel and controller bound to it.
-    ControllerOperations operations;
-    ControlStateRegistry controlState;
-    QPointer<QWidget> programVideoWindow;
-    QPointer<QWidget> controllerWindow;
-    QPointer<UiLanguageManager> languageManager;
-    bool programOutput4k = false;
-    // Destroyed after everything that may queue file work, so the queue's
-    // destructor runs the saves that the others queued on their way out.
-    BackgroundIoQueue backgroundIoQueue;
-    UserInfoCenter userInfoCenter;
-    bool programPlayerAvailable = false;
-    QString programPlayerError = QStringLiteral("The program player is not part of this build.");
-    // Last, so that it closes first at exit, before anything it reaches goes.
-    std::unique_ptr<ControlSocketServer> controlSocket;
-};
+namespace {
+
+constexpr QSize kProgramSize{1920, 1080};
+constexpr QSize kProgramSize4k{3840, 2160};
+
+} // namespace
+
+// Construction ----------------------------------------------------------------
+
+MainController::Impl::Impl(MainController *owner) : q(owner) {}
+
+MainController::Impl::~Impl() = default;
 
 MainController::MainController(QWidget *programVideoWindow, QWidget *controllerWindow,
-                               bool programOutput4k, UiLanguageManager *languageManager)
-    : d(std::make_unique<Impl>())
+                               bool programOutput4k, UiLanguageManager *languageManager,
+                               MainControllerOptions options)
+    : d(std::make_unique<Impl>(this))
 {
+    d->options = std::move(options);
     d->programVideoWindow = programVideoWindow;
     d->controllerWindow = controllerWindow;
     d->languageManager = languageManager;
     d->programOutput4k = programOutput4k;
-    qCInfo(lcSystem).noquote() << "MainController ready; program output"
-                               << (programOutput4k ? "3840x2160" : "1920x1080");
+    d->widgetContext = std::make_unique<QObject>();
+
+    d->operations = std::make_unique<ControllerOperations>();
+    d->userInfoCenter = std::make_unique<UserInfoCenter>();
+    d->model = std::make_unique<PlaylistModel>();
+    d->selection = std::make_unique<SelectionHolder>(d->model.get(), d->operations.get());
+    d->operations->setContextProvider([impl = d.get()] { return impl->contextText(); });
+
+    d->createProgramSide();
+
+    d->backgroundIoQueue = std::make_unique<BackgroundIoQueue>();
+    d->transfer = std::make_unique<PlaylistTransfer>(d->model.get(), d->backgroundIoQueue.get(),
+                                                    d->userInfoCenter.get(), d->options.previousSessionPath);
+
+    d->buildControllerWindow();
+    d->bindPlaylistOperations();
+    d->pushSettings();
+
+    // The program side is started; whether it came up is told now, with the
+    // player's reason, and the start hides the program window.
+    if (!d->programPlayerAvailable) {
+        qCWarning(lcSystem).noquote() << "Program player unavailable:" << d->programPlayerError;
+        d->userInfoCenter->post(UserInfoSeverity::Error, QStringLiteral("SYSTEM"),
+                                LocalizedText(QStringLiteral("startup.playbin_creation_failed")),
+                                d->programPlayerError);
+    }
+
+    d->debugSnapshotTimer.setInterval(d->options.debugSnapshotInterval);
+    QObject::connect(&d->debugSnapshotTimer, &QTimer::timeout, d->widgetContext.get(),
+                     [impl = d.get()] { impl->writeDebugSnapshot(); });
+    d->debugSnapshotTimer.start();
+    if (d->programPlayout)
+        QObject::connect(d->programPlayout.get(), &ProgramPlayoutController::onAirChanged, d->widgetContext.get(),
+                         [impl = d.get()] { impl->writeDebugSnapshot(); });
+
+    const QSize size = d->options.programOutputSize.isEmpty()
+                           ? (programOutput4k ? kProgramSize4k : kProgramSize)
+                           : d->options.programOutputSize;
+    qCInfo(lcSystem).noquote() << QStringLiteral("MainController ready; program output %1x%2; player %3")
+                                      .arg(size.width())
+                                      .arg(size.height())
+                                      .arg(d->programPlayerAvailable ? QStringLiteral("up")
+                                                                     : QStringLiteral("down"));
 }
+
+void MainController::Impl::createProgramSide()
+{
+    DualDeckPlayerOptions playerOptions;
+    const QSize size = options.programOutputSize.isEmpty() ? (programOutput4k ? kProgramSize4k : kProgramSize)
+                                                           : options.programOutputSize;
+    playerOptions.deckTimings.width = size.width();
+    playerOptions.deckTimings.height = size.height();
+    playerOptions.audioDevice = readStringSetting(QStringLiteral("audio/programOutputDeviceId"));
+    if (!options.programAudioSinkFactory.isEmpty())
+        playerOptions.audioSinkFactory = options.programAudioSinkFactory;
+
+    // The player fills the program window; its operator monitor is shown
+    // by the program panel's place in the controller window, not on air.
+    auto player = std::make_unique<DualDeckPlayer>(std::move(playerOptions), programVideoWindow.data());
+    dualDeckPlayer = player.get();
+    if (programVideoWindow) {
+        QLayout *layout = programVideoWindow->layout();
+        if (!layout) {
+            layout = new QVBoxLayout(programVideoWindow);
+            layout->setContentsMargins(0, 0, 0, 0);
+        }
+        layout->addWidget(player.get());
+    }
+    if (QWidget *monitor = player->findChild<QWidget *>(QStringLiteral("monitor-gpu-output")))
+        monitor->hide();
+    programPlayerAvailable = player->isInitialized();
+    if (!programPlayerAvailable)
+        programPlayerError = describePlayerFailure();
+
+    programPlayout = std::make_unique<ProgramPlayoutController>(
+        std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection.get(),
+        userInfoCenter.get(), operations.get(), &controlState);
+}
+
+// The player tells only whether it came up; the step that failed is found by
+// looking at what it built, in the order it builds.
+QString MainController::Impl::describePlayerFailure() const
+{
+    if (!dualDeckPlayer)
+        return QStringLiteral("The ON AIR player was not created.");
+    for (int index = 0; index < 2; ++index) {
+        if (!dualDeckPlayer->deck(index))
+            return QStringLiteral("Failed to create Deck %1").arg(index);
+    }
+    ProgramAudioOutput *audio = dualDeckPlayer->audioOutput();
+    if (!audio || !audio->pipeline())
+        return QStringLiteral("Could not create the program audio pipeline.");
+    ProgramGpuCompositor *compositor = dualDeckPlayer->compositor();
+    if (!compositor)
+        return QString::fromLatin1(dual_deck_text::kCompositorStart);
+    QString error;
+    // A compositor starts once; asked again it answers with its first result.
+    if (!compositor->start(&error))
+        return QStringLiteral("%1: %2").arg(QString::fromLatin1(dual_deck_text::kCompositorStart), error);
+    return QStringLiteral("%1 %2").arg(QString::fromLatin1(dual_deck_text::kConnectDeck),
+                                       QString::fromLatin1(dual_deck_text::kConnectDeckTail));
+}
+
+// The settings the existing objects need at start, read once here.
+void MainController::Impl::pushSettings()
+{
+    if (programPlayout) {
+        programPlayout->setAllowSameItemRetake(readBoolSetting(QStringLiteral("onAir/allowSameItemRetake")));
+        programPlayout->setAutoSelectNextItem(readBoolSetting(QStringLiteral("playlist/autoSelectNextItemAfterOnAir")));
+    }
+    lastPlaylistDirectory = readStringSetting(QStringLiteral("fileDialog/lastPlaylistDirectory"));
+    const QColor background(readStringSetting(QStringLiteral("player/backgroundColor")));
+    if (dualDeckPlayer && dualDeckPlayer->compositor() && background.isValid())
+        dualDeckPlayer->compositor()->setBackground(background.rgb());
+
+    // Without a playlist panel the take's crossfade follows the active
+    // playlist and the document's duration.
+    pushManualCrossfade();
+    for (auto signal : {&PlaylistModel::modelReset, &PlaylistModel::playlistOrderChanged})
+        QObject::connect(model.get(), signal, widgetContext.get(), [this] { pushManualCrossfade(); });
+    QObject::connect(model.get(), &PlaylistModel::activePlaylistChanged, widgetContext.get(),
+                     [this] { pushManualCrossfade(); });
+}
+
+void MainController::Impl::pushManualCrossfade()
+{
+    if (!programPlayout || !model)
+        return;
+    bool enabled = false;
+    const qint32 active = model->activePlaylistNumber();
+    const PlaylistDocument document = model->snapshot();
+    for (const Playlist &playlist : document.playlists) {
+        if (playlist.number == active)
+            enabled = playlist.manualCrossfadeEnabled;
+    }
+    programPlayout->setManualCrossfade(enabled, document.manualCrossfadeDurationMs);
+}
+
+QString MainController::Impl::contextText() const
+{
+    if (!model)
+        return {};
+    return QStringLiteral("playlist=%1 selected=%2 onAir=%3 edit=%4 dsk=%5 bgm=%6")
+        .arg(model->activePlaylistNumber())
+        .arg(selection ? selection->selectedItemId() : 0)
+        .arg(model->onAirItemId())
+        .arg(model->editItemId())
+        .arg(model->dskItemId())
+        .arg(model->bgmItemId());
+}
+
+// Shutdown --------------------------------------------------------------------
 
 MainController::~MainController()
 {
-    // Requests that arrive while the rest is torn down find nothing to run.
-    d->operations.setAccepting(false);
-    d->controlSocket.reset();
+    shutdown();
 }
+
+void MainController::shutdown()
+{
+    if (d->shutDown)
+        return;
+    d->shutDown = true;
+    qCInfo(lcSystem).noquote() << "MainController shutdown";
+
+    // Requests that arrive from here on find nothing to run, and no widget
+    // reaches this object any more.
+    d->operations->setAccepting(false);
+    d->controlSocket.reset();
+    d->debugSnapshotTimer.stop();
+    d->widgetContext.reset();
+
+    // The previous session, then the ON AIR shutdown; both finish while the
+    // event loop runs.
+    d->transfer->close();
+    d->transfer->savePreviousSession();
+    if (d->programPlayout)
+        d->programPlayout->shutdown();
+    d->waitForShutdown();
+
+    const bool confirmed = !d->dualDeckPlayer || d->dualDeckPlayer->isShutdownConfirmed();
+    if (confirmed) {
+        d->programPlayout.reset();
+    } else {
+        // Pipeline threads may still run in the player: nothing of it is
+        // freed, and the window it draws into stays too.
+        qCWarning(lcSystem).noquote()
+            << "ON AIR shutdown was not confirmed; the player is kept until the process ends.";
+        d->playerRetained = true;
+        (void)d->programPlayout.release();
+    }
+    d->dualDeckPlayer = nullptr;
+
+    // The rest, in reverse order of construction.
+    d->transfer.reset();
+    if (!d->backgroundIoQueue->isIdle()) {
+        // A job still writes (a disk that hangs): its worker owns what it
+        // touches; the queue is kept rather than waited for.
+        qCWarning(lcSystem).noquote() << "File work still running at exit; it is left to finish on its own.";
+        (void)d->backgroundIoQueue.release();
+    }
+    d->backgroundIoQueue.reset();
+    d->selection.reset();
+    d->model.reset();
+    d->userInfoCenter.reset();
+    d->operations.reset();
+    qCInfo(lcSystem).noquote() << "MainController shutdown complete";
+}
+
+// The event loop runs (operations refused) until the file queue is idle and
+// the ON AIR shutdown thread has finished, or the limit has passed. The
+// player's shutdown may have to be started again: it waits for a running
+// change of the audio device.
+void MainController::Impl::waitForShutdown()
+{
+    auto done = [this] {
+        if (dualDeckPlayer)
+            dualDeckPlayer->beginShutdown();
+        return backgroundIoQueue->isIdle() && (!dualDeckPlayer || dualDeckPlayer->isShutdownFinished());
+    };
+    QElapsedTimer elapsed;
+    elapsed.start();
+    QEventLoop loop;
+    QTimer poll;
+    poll.setInterval(options.shutdownPoll);
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (done() || elapsed.hasExpired(options.shutdownLimit.count()))
+            loop.quit();
+    });
+    poll.start();
+    // A quit asked for meanwhile (a second signal) ends exec() early; the
+    // wait goes on until done or the limit.
+    while (!done() && !elapsed.hasExpired(options.shutdownLimit.count()))
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    qCInfo(lcSystem).noquote() << QStringLiteral("ON AIR shutdown %1 after %2 ms; file queue %3")
+                                      .arg(!dualDeckPlayer ? QStringLiteral("not needed")
+                                           : dualDeckPlayer->isShutdownConfirmed() ? QStringLiteral("confirmed")
+                                                                                    : QStringLiteral("not confirmed"))
+                                      .arg(elapsed.elapsed())
+                                      .arg(backgroundIoQueue->isIdle() ? QStringLiteral("idle")
+                                                                        : QStringLiteral("busy"));
+}
+
+bool MainController::programPlayerRetained() const
+{
+    return d->playerRetained;
+}
+
+// Accessors -------------------------------------------------------------------
 
 bool MainController::programPlayerAvailable() const
 {
@@ -67,17 +311,17 @@ QString MainController::programPlayerError() const
 
 UserInfoCenter *MainController::userInfoCenter() const
 {
-    return &d->userInfoCenter;
+    return d->userInfoCenter.get();
 }
 
 BackgroundIoQueue *MainController::backgroundIoQueue() const
 {
-    return &d->backgroundIoQueue;
+    return d->backgroundIoQueue.get();
 }
 
 ControllerOperations *MainController::controllerOperations() const
 {
-    return &d->operations;
+    return d->operations.get();
 }
 
 ControlStateRegistry *MainController::controlState() const
@@ -85,15 +329,36 @@ ControlStateRegistry *MainController::controlState() const
     return &d->controlState;
 }
 
+PlaylistModel *MainController::playlistModel() const
+{
+    return d->model.get();
+}
+
+ProgramPlayoutController *MainController::programPlayout() const
+{
+    return d->programPlayout.get();
+}
+
+PlaylistTransfer *MainController::playlistTransfer() const
+{
+    return d->transfer.get();
+}
+
 bool MainController::startControlSocket(const QString &path)
 {
-    if (d->controlSocket || path.isEmpty())
+    if (d->shutDown || d->controlSocket || path.isEmpty())
         return false;
-    auto server = std::make_unique<ControlSocketServer>(&d->operations, &d->controlState);
+    auto server = std::make_unique<ControlSocketServer>(d->operations.get(), &d->controlState);
     if (!server->listen(path))
         return false;
     d->controlSocket = std::move(server);
+    d->bindControlCommands();
     return true;
+}
+
+void MainController::writeDebugSnapshot() const
+{
+    d->writeDebugSnapshot();
 }
 
 } // namespace tarnix

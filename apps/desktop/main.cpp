@@ -27,6 +27,7 @@
 #include <QFile>
 #include <QIcon>
 #include <QPointer>
+#include <QSize>
 #include <QStandardPaths>
 #include <QWidget>
 
@@ -71,6 +72,27 @@ void initialiseGStreamer(int argc, char **argv)
         qputenv("GST_DEBUG", debugThresholds);
         gst_debug_set_threshold_from_string(debugThresholds.constData(), FALSE);
     }
+}
+
+// Test and bench runs may shrink the program picture (or give it a size the
+// compositor refuses, to see the start without a program player):
+// TARNIX_TEST_PROGRAM_OUTPUT_SIZE=<width>x<height>.
+QSize programOutputSizeOverride()
+{
+    const QString text = qEnvironmentVariable("TARNIX_TEST_PROGRAM_OUTPUT_SIZE");
+    if (text.isEmpty())
+        return {};
+    const QStringList parts = text.split(QLatin1Char('x'));
+    bool widthOk = false;
+    bool heightOk = false;
+    const int width = parts.value(0).toInt(&widthOk);
+    const int height = parts.value(1).toInt(&heightOk);
+    if (parts.size() != 2 || !widthOk || !heightOk || width <= 0 || height <= 0) {
+        qCWarning(tarnix::lcStartup).noquote() << "Ignored TARNIX_TEST_PROGRAM_OUTPUT_SIZE:" << text;
+        return {};
+    }
+    qCInfo(tarnix::lcStartup).noquote() << "Program output size for this run:" << text;
+    return QSize(width, height);
 }
 
 void setGStreamerRegistryLocation()
@@ -191,8 +213,10 @@ int main(int argc, char **argv)
     QPointer<QWidget> controllerWindow = tarnix::createControllerWindow();      // 22
     tarnix::placeProgramVideoWindow(programVideoWindow.get());                  // 23
 
+    tarnix::MainControllerOptions controllerOptions;
+    controllerOptions.programOutputSize = programOutputSizeOverride();
     auto mainController = std::make_unique<tarnix::MainController>(            // 24
-        programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get());
+        programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get(), controllerOptions);
     {
         // Automation's way in; off unless a path is given.
         QString controlSocketPath = commandLine.controlSocketPath();
@@ -202,6 +226,7 @@ int main(int argc, char **argv)
             mainController->startControlSocket(controlSocketPath);
     }
     if (!mainController->programPlayerAvailable()) {                            // 25
+        // The controller window stays; its message bar tells why.
         qCWarning(tarnix::lcStartup).noquote()
             << "Program window hidden:" << mainController->programPlayerError();
         programVideoWindow->hide();
@@ -223,8 +248,14 @@ int main(int argc, char **argv)
 
     const int exitCode = stopRequested ? 0 : app.exec();                        // 30
 
+    // The previous session is saved and the ON AIR pipelines stopped here,
+    // with the event loop running until they are done.
+    mainController->shutdown();
+    const bool playerRetained = mainController->programPlayerRetained();
     mainController.reset();
     delete controllerWindow;
+    if (playerRetained)
+        (void)programVideoWindow.release();  // a kept player may still draw into it
     programVideoWindow.reset();
     // The operator monitor publisher stops here once it exists.
     displayActivityGuard.reset();

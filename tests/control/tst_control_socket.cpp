@@ -18,6 +18,7 @@
 #include <QTimer>
 
 #include <cerrno>
+#include <memory>
 #include <cstring>
 
 #include <sys/socket.h>
@@ -439,6 +440,52 @@ private slots:
         QVERIFY(settingTransferable(QStringLiteral("appearance/controllerSkin")));
     }
 
+    // A command is answered when its work is done, and a client's later
+    // lines wait for that answer, so answers keep the order of requests.
+    void commandsAreAnsweredWhenDoneAndInOrder()
+    {
+        test::ControlLogCapture capture;
+        Ops ops;
+        ControlStateRegistry state;
+        auto server = std::make_unique<ControlSocketServer>(&ops, &state);
+        QVERIFY(server->listen(socketPath()));
+        QObject owner;
+        ControlSocketServer::CommandDone pending;
+        QJsonObject seen;
+        QVERIFY(server->setCommandHandler("slow", &owner, [&](const QJsonObject &request, auto done) {
+            seen = request;
+            pending = std::move(done);
+        }));
+        QVERIFY(!server->setCommandHandler("slow", &owner, [](const QJsonObject &, auto) {}));
+        QVERIFY(server->setCommandHandler("fails", &owner, [](const QJsonObject &, auto done) { done("no such file"); }));
+
+        QLocalSocket client;
+        QVERIFY(connectTo(client, socketPath()));
+        client.write(R"({"command":"slow","path":"/x"})" "\n" R"({"query":"state"})" "\n");
+        QVERIFY(QTest::qWaitFor([&] { return bool(pending); }, 5000));
+        QCOMPARE(seen.value("path").toString(), QStringLiteral("/x"));
+        QTest::qWait(50);  // nothing may be answered before the command ends
+        QVERIFY(!client.canReadLine());
+        pending(QString());
+        pending(QStringLiteral("a second answer is ignored"));
+        QVERIFY(QTest::qWaitFor([&] { return client.canReadLine(); }, 5000));
+        QCOMPARE(client.readLine().trimmed(), QByteArray(R"({"ok":true})"));
+        QVERIFY(QTest::qWaitFor([&] { return client.canReadLine(); }, 5000));
+        QVERIFY(client.readLine().startsWith(R"({"selectedItemId":)"));
+
+        QCOMPARE(ask(client, R"({"command":"fails"})"), QByteArray(R"({"error":"no such file"})"));
+        QCOMPARE(ask(client, R"({"command":"nothing"})"), QByteArray("{\"error\":\"unknown command \\\"nothing\\\"\"}"));
+        QVERIFY(ask(client, R"({"command":7})").startsWith(R"({"error":)"));
+        QVERIFY(!capture.texts("CONTROL command slow source=Remote").isEmpty());
+
+        // The server goes while a command runs: its late end does nothing.
+        pending = {};
+        client.write(R"({"command":"slow"})" "\n");
+        QVERIFY(QTest::qWaitFor([&] { return bool(pending); }, 5000));
+        server.reset();
+        pending(QString());
+    }
+
 #ifdef TARNIXCTL_EXECUTABLE
     void tarnixctlSendsOneRequest()
     {
@@ -466,6 +513,25 @@ private slots:
                       {QStringLiteral("--socket"), socketPath(), QStringLiteral(R"({"action":"ProgramPlay"})")});
         QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 10000);
         QCOMPARE(process.exitCode(), 1);  // answered, but not invoked
+
+        // Commands: the path is made absolute against the tool's directory.
+        QObject commandOwner;
+        QString importedPath;
+        QVERIFY(server.setCommandHandler("importPlaylist", &commandOwner, [&](const QJsonObject &request, auto done) {
+            importedPath = request.value("path").toString();
+            done(importedPath.endsWith("/missing.json") ? QStringLiteral("not there") : QString());
+        }));
+        process.setWorkingDirectory(m_dir.path());
+        process.start(QStringLiteral(TARNIXCTL_EXECUTABLE),
+                      {QStringLiteral("--socket"), socketPath(), QStringLiteral("importPlaylist"), QStringLiteral("show.json")});
+        QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 10000);
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(importedPath, m_dir.filePath("show.json"));
+        QCOMPARE(process.readAllStandardOutput().trimmed(), QByteArray(R"({"ok":true})"));
+        process.start(QStringLiteral(TARNIXCTL_EXECUTABLE),
+                      {QStringLiteral("--socket"), socketPath(), QStringLiteral("importPlaylist"), QStringLiteral("missing.json")});
+        QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 10000);
+        QCOMPARE(process.exitCode(), 1);
     }
 #endif
 };

@@ -4,9 +4,16 @@
 //   tarnixctl --socket /run/user/1000/tarnix.sock TakeSelectedOnAir
 //   tarnixctl --socket ... '{"action":"SetMasterVolume","args":[{"int":-60}]}'
 //   tarnixctl --socket ... state
+//   tarnixctl --socket ... importPlaylist show.json
+//   tarnixctl --socket ... exportPlaylist backup.json
+//   tarnixctl --socket ... restorePreviousSession
 //
-// Exit status: 0 when the request was invoked (or the state answered), 1 when
-// the application answered with a refusal or an error, 2 when no answer came.
+// A command's path is made absolute here, against this tool's working
+// directory, not the application's.
+//
+// Exit status: 0 when the request was invoked, the state answered or a
+// command succeeded, 1 when the application answered with a refusal or an
+// error, 2 when no answer came.
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -18,6 +25,26 @@
 #include <cstdio>
 
 namespace {
+
+// The commands the application answers when they are done, and whether
+// each takes a path.
+bool isCommand(const QString &name, bool *takesPath)
+{
+    if (name == QLatin1String("importPlaylist") || name == QLatin1String("exportPlaylist")) {
+        *takesPath = true;
+        return true;
+    }
+    *takesPath = false;
+    return name == QLatin1String("restorePreviousSession");
+}
+
+QByteArray commandLine(const QString &name, const QStringList &operands)
+{
+    QJsonObject request{{QStringLiteral("command"), name}};
+    if (!operands.isEmpty())
+        request.insert(QStringLiteral("path"), QFileInfo(operands.first()).absoluteFilePath());
+    return QJsonDocument(request).toJson(QJsonDocument::Compact);
+}
 
 QByteArray requestLine(const QString &argument)
 {
@@ -54,12 +81,18 @@ int main(int argc, char **argv)
                                            QStringLiteral("ms"), QStringLiteral("5000"));
     parser.addOption(socketOption);
     parser.addOption(timeoutOption);
-    parser.addPositionalArgument(QStringLiteral("request"),
-                                 QStringLiteral("An action name, \"state\", or a JSON request object."));
+    parser.addPositionalArgument(
+        QStringLiteral("request"),
+        QStringLiteral("An action name, \"state\", a JSON request object, or a command: "
+                       "importPlaylist PATH, exportPlaylist PATH, restorePreviousSession."));
     parser.process(app);
 
     const QStringList positional = parser.positionalArguments();
-    if (positional.size() != 1)
+    bool takesPath = false;
+    const bool command = !positional.isEmpty() && isCommand(positional.first(), &takesPath);
+    if (command && positional.size() != (takesPath ? 2 : 1))
+        return fail(QStringLiteral("%1 takes %2").arg(positional.first(), takesPath ? QStringLiteral("one path") : QStringLiteral("no operand")));
+    if (!command && positional.size() != 1)
         return fail(QStringLiteral("give exactly one request (see --help)"));
     const QString given = parser.isSet(socketOption) ? parser.value(socketOption)
                                                      : qEnvironmentVariable("TARNIX_CONTROL_SOCKET");
@@ -77,7 +110,8 @@ int main(int argc, char **argv)
     socket.connectToServer(path);
     if (!socket.waitForConnected(timeoutMs))
         return fail(QStringLiteral("cannot connect to %1: %2").arg(path, socket.errorString()));
-    socket.write(requestLine(positional.first()) + '\n');
+    socket.write((command ? commandLine(positional.first(), positional.mid(1)) : requestLine(positional.first()))
+                 + '\n');
     if (!socket.waitForBytesWritten(timeoutMs))
         return fail(QStringLiteral("cannot send the request: %1").arg(socket.errorString()));
     while (!socket.canReadLine()) {

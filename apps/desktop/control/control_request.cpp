@@ -181,6 +181,17 @@ ControlRequest parseControlRequest(const QByteArray &line)
         }
         return request;
     }
+    if (object.contains(QLatin1String("command"))) {
+        const QJsonValue command = object.value(QLatin1String("command"));
+        if (!command.isString() || command.toString().isEmpty() || object.contains(QLatin1String("action"))) {
+            request.error = QStringLiteral("a command is named by a string");
+            return request;
+        }
+        request.kind = ControlRequest::Kind::Command;
+        request.command = command.toString();
+        request.commandRequest = object;
+        return request;
+    }
     const QJsonValue action = object.value(QLatin1String("action"));
     if (!action.isString()) {
         request.error = QStringLiteral("a request names an action or a query");
@@ -231,6 +242,11 @@ QString controlInvokedAnswer(quint64 requestId, ControllerOperations::Status sta
 QString controlErrorAnswer(const QString &text)
 {
     return OrderedJsonObject().add(QStringLiteral("error"), text).toString();
+}
+
+QString controlOkAnswer()
+{
+    return OrderedJsonObject().add(QStringLiteral("ok"), true).toString();
 }
 
 } // namespace tarnix

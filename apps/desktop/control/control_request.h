@@ -3,6 +3,7 @@
 #include "control/controller_operations.h"
 
 #include <QByteArray>
+#include <QJsonObject>
 #include <QJsonValue>
 #include <QList>
 #include <QString>
@@ -14,16 +15,21 @@ namespace tarnix {
 // an action and typed values; whether the values fit the action is the
 // registry's check, so a wrong type comes back as InvalidArguments.
 struct ControlRequest {
-    enum class Kind { Invoke, StateQuery, Invalid };
+    enum class Kind { Invoke, StateQuery, Command, Invalid };
     Kind kind = Kind::Invalid;
     ControllerOperations::Action action = ControllerOperations::Count;
     QList<QVariant> arguments;
+    // For Command: its name and the whole request object, whose other
+    // members are the command's own to check.
+    QString command;
+    QJsonObject commandRequest;
     QString error;  // for Invalid: what was wrong, for the error line
 };
 
 // Decodes one line (without its line feed). Forms:
 //   {"action":"<Action name>","args":[<argument>...]}   ("args" optional)
 //   {"query":"state"}
+//   {"command":"<name>", <the command's members>...}
 ControlRequest parseControlRequest(const QByteArray &line);
 
 // Decodes one typed argument: {"int":3}, {"int64":7} or {"int64":"7"},
@@ -36,5 +42,6 @@ QVariant decodeControlArgument(const QJsonValue &argument, QString *error);
 // The answer lines, each one compact JSON object without the line feed.
 QString controlInvokedAnswer(quint64 requestId, ControllerOperations::Status status);
 QString controlErrorAnswer(const QString &text);
+QString controlOkAnswer();
 
 } // namespace tarnix

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
+#include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QPointer>
@@ -70,6 +71,13 @@ struct Connection {
     bool closing = false;
     bool passQueued = false;
     bool waitingForReader = false;
+    // A command of this client is running; its next lines wait for it.
+    bool commandPending = false;
+};
+
+struct CommandEntry {
+    QPointer<QObject> owner;
+    ControlSocketServer::CommandHandler handler;
 };
 
 } // namespace
@@ -81,13 +89,15 @@ struct ControlSocketServer::Impl {
     ControlSocketOptions options;
     QLocalServer server;
     QHash<QLocalSocket *, std::shared_ptr<Connection>> connections;
+    QHash<QString, CommandEntry> commands;
 
     void accept();
     void serve(const std::shared_ptr<Connection> &connection);
     void queuePass(const std::shared_ptr<Connection> &connection);
     void answer(Connection &connection, const QString &line);
     void refuseAndClose(Connection &connection, const QString &text);
-    void handleLine(Connection &connection, const QByteArray &line);
+    void handleLine(const std::shared_ptr<Connection> &connection, const QByteArray &line);
+    void runCommand(const std::shared_ptr<Connection> &connection, const ControlRequest &request);
 };
 
 ControlSocketServer::ControlSocketServer(ControllerOperations *operations, const ControlStateRegistry *state,
@@ -166,6 +176,17 @@ int ControlSocketServer::connectionCount() const
     return int(d->connections.size());
 }
 
+bool ControlSocketServer::setCommandHandler(const QString &name, QObject *owner, CommandHandler handler)
+{
+    if (name.isEmpty() || !owner || !handler)
+        return false;
+    const auto existing = d->commands.constFind(name);
+    if (existing != d->commands.cend() && existing->owner)
+        return false;
+    d->commands.insert(name, CommandEntry{owner, std::move(handler)});
+    return true;
+}
+
 void ControlSocketServer::Impl::accept()
 {
     while (QLocalSocket *socket = server.nextPendingConnection()) {
@@ -211,7 +232,7 @@ void ControlSocketServer::Impl::serve(const std::shared_ptr<Connection> &connect
     pass.start();
     const std::chrono::nanoseconds cpuStart = options.passObserver ? threadCpuTime() : std::chrono::nanoseconds(0);
     const qsizetype limit = options.maxLineBytes;
-    while (!connection->closing && connection->socket) {
+    while (!connection->closing && connection->socket && !connection->commandPending) {
         QLocalSocket *socket = connection->socket;
         if (socket->bytesToWrite() > options.maxPendingAnswerBytes) {
             // The client does not read its answers: leave its requests
@@ -243,7 +264,7 @@ void ControlSocketServer::Impl::serve(const std::shared_ptr<Connection> &connect
         if (line.endsWith('\r'))
             line.chop(1);
         if (!line.trimmed().isEmpty())
-            handleLine(*connection, line);
+            handleLine(connection, line);
         if (std::chrono::nanoseconds(pass.nsecsElapsed()) > options.passBudget) {
             queuePass(connection);
             break;
@@ -270,8 +291,10 @@ void ControlSocketServer::Impl::refuseAndClose(Connection &connection, const QSt
         connection.socket->disconnectFromServer();
 }
 
-void ControlSocketServer::Impl::handleLine(Connection &connection, const QByteArray &line)
+void ControlSocketServer::Impl::handleLine(const std::shared_ptr<Connection> &connectionPointer,
+                                          const QByteArray &line)
 {
+    Connection &connection = *connectionPointer;
     const ControlRequest request = parseControlRequest(line);
     switch (request.kind) {
     case ControlRequest::Kind::Invalid:
@@ -279,6 +302,9 @@ void ControlSocketServer::Impl::handleLine(Connection &connection, const QByteAr
         return;
     case ControlRequest::Kind::StateQuery:
         answer(connection, state ? state->stateJson() : ControlStateRegistry().stateJson());
+        return;
+    case ControlRequest::Kind::Command:
+        runCommand(connectionPointer, request);
         return;
     case ControlRequest::Kind::Invoke:
         break;
@@ -294,6 +320,45 @@ void ControlSocketServer::Impl::handleLine(Connection &connection, const QByteAr
         result = operations->invoke(request.action, request.arguments, &id);
     }
     answer(connection, controlInvokedAnswer(id, result.status));
+}
+
+void ControlSocketServer::Impl::runCommand(const std::shared_ptr<Connection> &connection,
+                                          const ControlRequest &request)
+{
+    const auto entry = commands.constFind(request.command);
+    if (entry == commands.cend() || !entry->owner) {
+        answer(*connection, controlErrorAnswer(QStringLiteral("unknown command \"%1\"").arg(request.command)));
+        return;
+    }
+    qCInfo(lcControl).noquote() << QStringLiteral("CONTROL command %1 source=Remote request=%2")
+                                       .arg(request.command,
+                                            QString::fromUtf8(QJsonDocument(request.commandRequest)
+                                                                  .toJson(QJsonDocument::Compact)));
+    connection->commandPending = true;
+    // The answer may come at once or from a later event; the server may be
+    // gone by then, and the client too.
+    auto answered = std::make_shared<bool>(false);
+    QPointer<ControlSocketServer> server(self);
+    const QString name = request.command;
+    CommandDone done = [this, server, connection, answered, name](const QString &error) {
+        if (*answered)
+            return;
+        *answered = true;
+        if (error.isEmpty())
+            qCInfo(lcControl).noquote() << QStringLiteral("CONTROL command %1 ok").arg(name);
+        else
+            qCWarning(lcControl).noquote() << QStringLiteral("CONTROL command %1 error=%2").arg(name, error);
+        if (!server)
+            return;
+        connection->commandPending = false;
+        if (!connection->socket || connection->closing)
+            return;
+        answer(*connection, error.isEmpty() ? controlOkAnswer() : controlErrorAnswer(error));
+        queuePass(connection);
+    };
+    // A copy: the handler may change the table.
+    const CommandHandler handler = entry->handler;
+    handler(request.commandRequest, std::move(done));
 }
 
 } // namespace tarnix

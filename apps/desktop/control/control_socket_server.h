@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 
@@ -32,12 +33,23 @@ struct ControlSocketOptions {
 // client can neither block the main thread nor grow its memory without bound:
 // reads and answers are bounded and writes never wait.
 //
+// Commands ({"command":"importPlaylist",...}) are functions that finish
+// later, such as file work; each is answered when it is done, with
+// {"ok":true} or {"error":"..."}, and a client's later lines wait until then
+// so its answers keep the order of its requests.
+//
 // Main thread only.
 class ControlSocketServer : public QObject
 {
     Q_OBJECT
 
 public:
+    // Ends a command: an empty text answers {"ok":true}, any other text is
+    // the error. Only the first call counts; a call after the client left,
+    // or after the server is gone, does nothing. Main thread.
+    using CommandDone = std::function<void(const QString &error)>;
+    using CommandHandler = std::function<void(const QJsonObject &request, CommandDone done)>;
+
     ControlSocketServer(ControllerOperations *operations, const ControlStateRegistry *state,
                         const ControlSocketOptions &options = {}, QObject *parent = nullptr);
     // Closes every connection and removes the socket file.
@@ -49,6 +61,11 @@ public:
     bool listen(const QString &path, QString *error = nullptr);
     QString socketPath() const;
     int connectionCount() const;
+
+    // Serves the command of that name while `owner` lives; the first
+    // handler of a name wins. Returns false for an empty name, a null owner
+    // or a name already served.
+    bool setCommandHandler(const QString &name, QObject *owner, CommandHandler handler);
 
 private:
     struct Impl;

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "MainController.h"
+
+#include "control/control_state_registry.h"
+#include "playlist/playlist_enums.h"
+
+#include <QList>
+#include <QPointer>
+#include <QString>
+#include <QTimer>
+
+#include <memory>
+
+class QAction;
+class QMenu;
+class QMenuBar;
+class QWidget;
+
+namespace tarnix {
+
+class ControlSocketServer;
+class DualDeckPlayer;
+class SelectionHolder;
+class UserInfoBar;
+
+// The members of MainController, in the order they are built. Widgets
+// belong to their windows and are reached only through guarded pointers.
+struct MainController::Impl {
+    explicit Impl(MainController *owner);
+    ~Impl();
+
+    MainController *q = nullptr;
+    MainControllerOptions options;
+    QPointer<QWidget> programVideoWindow;
+    QPointer<QWidget> controllerWindow;
+    QPointer<UiLanguageManager> languageManager;
+    bool programOutput4k = false;
+
+    // Operations, messages, the document and its selection.
+    std::unique_ptr<ControllerOperations> operations;
+    ControlStateRegistry controlState;
+    std::unique_ptr<UserInfoCenter> userInfoCenter;
+    std::unique_ptr<PlaylistModel> model;
+    std::unique_ptr<SelectionHolder> selection;
+
+    // The ON AIR side. The player belongs to the controller; the pointer is
+    // kept for what only the dual-deck player offers (its shutdown state,
+    // the compositor's background).
+    std::unique_ptr<ProgramPlayoutController> programPlayout;
+    DualDeckPlayer *dualDeckPlayer = nullptr;
+    bool programPlayerAvailable = false;
+    QString programPlayerError;
+
+    // File work.
+    std::unique_ptr<BackgroundIoQueue> backgroundIoQueue;
+    std::unique_ptr<PlaylistTransfer> transfer;
+
+    // Menu bar and message bar of the controller window.
+    QPointer<QMenuBar> menuBar;
+    QPointer<QMenu> fileMenu;
+    QPointer<QMenu> onAirMenu;
+    QPointer<QMenu> helpMenu;
+    QPointer<QAction> exportPlaylistAction;
+    QPointer<QAction> importPlaylistAction;
+    QPointer<QAction> restorePreviousSessionAction;
+    QPointer<QAction> exitAction;
+    struct OnAirEntry {
+        QPointer<QAction> action;
+        int operation = 0;
+        const char *name = nullptr;
+    };
+    QList<OnAirEntry> onAirEntries;
+    QPointer<UserInfoBar> userInfoBar;
+    // Where the playlist file dialogs open; read at start, kept here after.
+    QString lastPlaylistDirectory;
+    // Context of every connection from a widget to this object, so that
+    // none outlives it.
+    std::unique_ptr<QObject> widgetContext;
+
+    QTimer debugSnapshotTimer;
+    std::unique_ptr<ControlSocketServer> controlSocket;
+    bool shutDown = false;
+    bool playerRetained = false;
+
+    // MainController.cpp
+    void createProgramSide();
+    QString describePlayerFailure() const;
+    void pushSettings();
+    void pushManualCrossfade();
+    void waitForShutdown();
+    QString contextText() const;
+
+    // MainController_menus.cpp
+    void buildControllerWindow();
+    void retranslateMenus();
+    void refreshOnAirMenu();
+    void exportPlaylistFromDialog();
+    void importPlaylistFromDialog();
+    void rememberPlaylistDirectory(const QString &path);
+
+    // MainController_playlist.cpp
+    void bindPlaylistOperations();
+    bool removeItem(quint64 itemId);
+    bool applyBulkOperation(PlaylistBulkOperation operation);
+
+    // MainController_session.cpp
+    void bindControlCommands();
+
+    // MainController_snapshot.cpp
+    void writeDebugSnapshot() const;
+};
+
+} // namespace tarnix

@@ -1,0 +1,207 @@
+// The controller window's frame: the menu bar with the File and On Air
+// menus, and the message bar. Panels join the layout between them.
+
+#include "MainController_impl.h"
+
+#include "control/controller_operations.h"
+#include "playlist/playlist_document_io.h"
+#include "playlist/playlist_transfer.h"
+#include "shell/background_io_queue.h"
+#include "shell/localized_text.h"
+#include "shell/log_viewer.h"
+#include "shell/settings_store.h"
+#include "shell/ui_language_manager.h"
+#include "shell/user_info_bar.h"
+
+#include <QAction>
+#include <QDateTime>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
+#include <QMenuBar>
+#include <QVBoxLayout>
+#include <QWidget>
+
+namespace tarnix {
+
+namespace {
+
+using Ops = ControllerOperations;
+
+// The On Air menu: each entry's name is also the last part of its text key.
+struct OnAirMenuEntry {
+    Ops::Action action;
+    const char *name;
+};
+constexpr OnAirMenuEntry kOnAirEntries[] = {
+    {Ops::TakeSelectedOnAir, "TakeOnAir"},
+    {Ops::OffAir, "OffAir"},
+    {Ops::ToggleFtb, "ToggleFtb"},
+    {Ops::ProgramTogglePlayback, "ToggleOnAirPlayback"},
+    {Ops::Count, nullptr},
+    {Ops::MasterFadeIn, "MasterFadeIn"},
+    {Ops::MasterFadeOut, "MasterFadeOut"},
+    {Ops::ItemFadeIn, "ItemFadeIn"},
+    {Ops::ItemFadeOut, "ItemFadeOut"},
+    {Ops::BgmFadeInConfigured, "BgmFadeIn"},
+    {Ops::BgmFadeOutConfigured, "BgmFadeOut"},
+    {Ops::Count, nullptr},
+    {Ops::ToggleDsk, "ToggleDsk"},
+};
+
+QString playlistFilter()
+{
+    return LocalizedText(QStringLiteral("file_dialog.playlist.filter"), {},
+                         QStringLiteral("TARNIX Playlist (*.json);;All Files (*.*)"))
+        .toString();
+}
+
+} // namespace
+
+void MainController::Impl::buildControllerWindow()
+{
+    QWidget *window = controllerWindow;
+    if (!window)
+        return;
+    auto *layout = qobject_cast<QVBoxLayout *>(window->layout());
+    if (!layout) {
+        layout = new QVBoxLayout(window);
+        layout->setContentsMargins(0, 0, 0, 0);
+    }
+
+    auto *bar = new QMenuBar(window);
+    bar->setObjectName(QStringLiteral("applicationMenuBar"));
+    layout->setMenuBar(bar);
+    menuBar = bar;
+
+    fileMenu = bar->addMenu(QString());
+    fileMenu->setObjectName(QStringLiteral("fileMenu"));
+    auto addFileAction = [&](const char *objectName, auto handler) {
+        QAction *action = fileMenu->addAction(QString());
+        action->setObjectName(QString::fromLatin1(objectName));
+        QObject::connect(action, &QAction::triggered, widgetContext.get(), handler);
+        return action;
+    };
+    exportPlaylistAction = addFileAction("exportPlaylistAction", [this] { exportPlaylistFromDialog(); });
+    importPlaylistAction = addFileAction("importPlaylistAction", [this] { importPlaylistFromDialog(); });
+    restorePreviousSessionAction =
+        addFileAction("restorePreviousSessionAction", [this] { transfer->restorePreviousSession(); });
+    // The settings entries join here with the settings dialog.
+    fileMenu->addSeparator();
+    exitAction = addFileAction("exitAction", [this] { operations->invoke(Ops::Exit); });
+
+    onAirMenu = bar->addMenu(QString());
+    onAirMenu->setObjectName(QStringLiteral("onAirMenu"));
+    for (const OnAirMenuEntry &entry : kOnAirEntries) {
+        if (!entry.name) {
+            onAirMenu->addSeparator();
+            continue;
+        }
+        QAction *action = onAirMenu->addAction(QString());
+        action->setObjectName(QStringLiteral("onAir%1Action").arg(QLatin1String(entry.name)));
+        const Ops::Action operation = entry.action;
+        QObject::connect(action, &QAction::triggered, widgetContext.get(),
+                         [this, operation] { operations->invoke(operation); });
+        onAirEntries.append(OnAirEntry{action, int(operation), entry.name});
+    }
+    QObject::connect(onAirMenu, &QMenu::aboutToShow, widgetContext.get(), [this] { refreshOnAirMenu(); });
+
+    // Help: the log viewer and debug mode; the update check and the about
+    // box join here.
+    helpMenu = bar->addMenu(QString());
+    helpMenu->setObjectName(QStringLiteral("helpMenu"));
+    installLogViewer(helpMenu, window, languageManager, backgroundIoQueue.get());
+    if (QAction *debug = helpMenu->findChild<QAction *>(QStringLiteral("debugModeAction")))
+        QObject::connect(debug, &QAction::toggled, widgetContext.get(), [this](bool on) {
+            if (on)
+                writeDebugSnapshot();
+        });
+
+    // Panels come between the menu bar and the message bar.
+    layout->addStretch(1);
+    auto *info = new UserInfoBar(userInfoCenter.get(), window);
+    layout->addWidget(info);
+    userInfoBar = info;
+
+    // Exit closes the main window; the window deletes itself and the run ends.
+    operations->bind<>(Ops::Exit, window, [guarded = QPointer<QWidget>(window)] {
+        return guarded && guarded->close();
+    });
+
+    retranslateMenus();
+    refreshOnAirMenu();
+    if (languageManager)
+        QObject::connect(languageManager, &UiLanguageManager::languageChanged, widgetContext.get(),
+                         [this] { retranslateMenus(); });
+}
+
+void MainController::Impl::retranslateMenus()
+{
+    if (fileMenu)
+        fileMenu->setTitle(localized("menu.file"));
+    if (exportPlaylistAction)
+        exportPlaylistAction->setText(localized("menu.file.export_playlist"));
+    if (importPlaylistAction)
+        importPlaylistAction->setText(localized("menu.file.import_playlist"));
+    if (restorePreviousSessionAction)
+        restorePreviousSessionAction->setText(localized("menu.file.restore_previous_session"));
+    if (exitAction)
+        exitAction->setText(localized("menu.file.exit"));
+    if (onAirMenu)
+        onAirMenu->setTitle(localized("menu.on_air"));
+    if (helpMenu)
+        helpMenu->setTitle(localized("menu.help"));
+    for (const OnAirEntry &entry : std::as_const(onAirEntries)) {
+        if (entry.action)
+            entry.action->setText(
+                LocalizedText(QStringLiteral("menu.on_air.%1").arg(QLatin1String(entry.name))).toString());
+    }
+}
+
+// An entry is enabled when its operation has an owner now.
+void MainController::Impl::refreshOnAirMenu()
+{
+    for (const OnAirEntry &entry : std::as_const(onAirEntries)) {
+        if (entry.action)
+            entry.action->setEnabled(operations && operations->hasHandler(Ops::Action(entry.operation)));
+    }
+}
+
+void MainController::Impl::exportPlaylistFromDialog()
+{
+    const QString suggested =
+        QDir(lastPlaylistDirectory).filePath(playlistExportFileName(QDateTime::currentDateTime()));
+    const QString chosen = QFileDialog::getSaveFileName(controllerWindow, localized("file_dialog.export_playlist.title"),
+                                                        suggested, playlistFilter());
+    // The dialog ran its own loop: the run may be ending.
+    if (chosen.isEmpty() || shutDown || !transfer)
+        return;
+    rememberPlaylistDirectory(chosen);
+    transfer->exportPlaylists(chosen);
+}
+
+void MainController::Impl::importPlaylistFromDialog()
+{
+    const QString chosen = QFileDialog::getOpenFileName(controllerWindow, localized("file_dialog.import_playlist.title"),
+                                                        lastPlaylistDirectory, playlistFilter());
+    if (chosen.isEmpty() || shutDown || !transfer)
+        return;
+    rememberPlaylistDirectory(chosen);
+    transfer->importPlaylists(chosen);
+}
+
+// Written on the file queue: the settings file is file I/O like any other.
+void MainController::Impl::rememberPlaylistDirectory(const QString &path)
+{
+    const QString directory = QFileInfo(path).absolutePath();
+    lastPlaylistDirectory = directory;
+    backgroundIoQueue->enqueue(
+        [directory](BackgroundIoQueue::Result &result) {
+            result.success = writeSetting(QStringLiteral("fileDialog/lastPlaylistDirectory"), directory,
+                                          &result.errorText);
+        },
+        {});
+}
+
+} // namespace tarnix

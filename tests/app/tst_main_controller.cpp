@@ -1,0 +1,227 @@
+// The composition root in process: what it builds into the windows, the
+// playlist operations it owns, a controller window that goes first, and the
+// end of the run.
+
+#include "MainController.h"
+
+#include "control/controller_operations.h"
+#include "playlist/playlist_document.h"
+#include "playlist/playlist_model.h"
+#include "playout/program_playout_controller.h"
+#include "shell/application_log.h"
+#include "shell/user_info_center.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QFile>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <gst/gst.h>
+
+#include <memory>
+
+using namespace tarnix;
+using Ops = ControllerOperations;
+
+namespace {
+
+QStringList g_messages;
+
+void captureMessage(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    g_messages << text;
+}
+
+// A controller on small windows with a small picture and no sound server.
+struct Rig {
+    QTemporaryDir dir;
+    std::unique_ptr<QWidget> programWindow = std::make_unique<QWidget>();
+    QPointer<QWidget> controllerWindow = new QWidget;
+    std::unique_ptr<MainController> controller;
+
+    explicit Rig(QSize size = QSize(320, 180))
+    {
+        controllerWindow->setAttribute(Qt::WA_DeleteOnClose);
+        MainControllerOptions options;
+        options.programOutputSize = size;
+        options.programAudioSinkFactory = QStringLiteral("fakesink sync=true");
+        options.previousSessionPath = dir.filePath("session/previous-session.json");
+        controller = std::make_unique<MainController>(programWindow.get(), controllerWindow, false, nullptr, options);
+    }
+    ~Rig()
+    {
+        controller.reset();
+        delete controllerWindow;
+    }
+
+    PlaylistModel &model() { return *controller->playlistModel(); }
+    Ops &ops() { return *controller->controllerOperations(); }
+
+    quint64 add(const QString &name, qint32 playlist = 1)
+    {
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        PlaylistItemRequest request;
+        request.filePath = path;
+        request.displayName = name;
+        request.mediaType = PlaylistMediaType::video;
+        request.targetPlaylistNumber = playlist;
+        return model().addItems({request}).value(0);
+    }
+
+    QString shown() const
+    {
+        const auto message = controller->userInfoCenter()->current();
+        return message ? message->text.toString() + '|' + message->detail : QString();
+    }
+};
+
+} // namespace
+
+class TestMainController : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        gst_init(nullptr, nullptr);
+        registerPlaylistMetaTypes();
+    }
+
+    void buildsTheControllerWindowFrame()
+    {
+        Rig rig;
+        QVERIFY(rig.controller->programPlayerAvailable());
+        QVERIFY(rig.programWindow->findChild<QWidget *>("program-gpu-output"));
+        auto *bar = rig.controllerWindow->findChild<QMenuBar *>("applicationMenuBar");
+        QVERIFY(bar);
+        QVERIFY(rig.controllerWindow->findChild<QWidget *>("userInfoBar"));
+        QCOMPARE(bar->findChild<QMenu *>("fileMenu")->actions().size(), 5);  // four entries and a separator
+        QVERIFY(bar->findChild<QMenu *>("helpMenu")->findChild<QAction *>("debugModeAction"));
+
+        // On Air entries follow their operations: an entry whose owner does
+        // not exist yet is disabled.
+        auto *onAir = bar->findChild<QMenu *>("onAirMenu");
+        QVERIFY(onAir);
+        QCOMPARE(onAir->actions().size(), 13);
+        QAction *take = onAir->findChild<QAction *>("onAirTakeOnAirAction");
+        QAction *dsk = onAir->findChild<QAction *>("onAirToggleDskAction");
+        QVERIFY(take && dsk);
+        QCOMPARE(take->text(), QStringLiteral("Take ON AIR"));
+        QVERIFY(take->isEnabled());
+        QVERIFY(!dsk->isEnabled());
+    }
+
+    void exitClosesTheControllerWindowWhichMayGoFirst()
+    {
+        Rig rig;
+        rig.controllerWindow->show();
+        QCOMPARE(rig.ops().invoke(Ops::Exit).status, Ops::Invoked);
+        // The window deleted itself; the controller guards every reference.
+        QTRY_VERIFY_WITH_TIMEOUT(rig.controllerWindow.isNull(), 5000);
+        QCOMPARE(rig.ops().invoke(Ops::Exit).status, Ops::Unavailable);
+        rig.add("a.mp4");
+        rig.controller->shutdown();
+        QVERIFY(!rig.controller->programPlayerRetained());
+        QVERIFY(QFile::exists(rig.dir.filePath("session/previous-session.json")));
+        QVERIFY(readPlaylistFile(rig.dir.filePath("session/previous-session.json")));
+    }
+
+    void playlistOperationsRespectPlayout()
+    {
+        Rig rig;
+        const quint64 a = rig.add("a.mp4");
+        const quint64 b = rig.add("b.mp4");
+        const quint64 c = rig.add("c.mp4");
+        QCOMPARE(rig.ops().invoke(Ops::MoveItem, a, 2).status, Ops::Invoked);
+        QCOMPARE(rig.model().rowOf(a), 3);
+        QCOMPARE(rig.ops().invoke(Ops::MoveItem, a, 1).status, Ops::Rejected);  // past the end
+        QCOMPARE(rig.ops().invoke(Ops::MoveItemToRow, a, 1).status, Ops::Invoked);
+        QCOMPARE(rig.model().itemIds(1), (QList<quint64>{a, b, c}));
+        const qint32 second = rig.model().addPlaylist();
+        QCOMPARE(rig.ops().invoke(Ops::TransferItem, c, int(second), 1, true).status, Ops::Invoked);
+        QCOMPARE(rig.model().itemCount(second), 1);
+        QCOMPARE(rig.model().itemCount(1), 3);
+        QCOMPARE(rig.ops().invoke(Ops::TransferItem, c, int(second), 1, false).status, Ops::Invoked);
+        QCOMPARE(rig.model().itemCount(1), 2);
+
+        // The item on air can neither be removed nor cleared away.
+        QVERIFY(rig.model().setOnAirItem(a));
+        QCOMPARE(rig.ops().invoke(Ops::RemoveItem, a).status, Ops::Rejected);
+        QVERIFY(rig.model().contains(a));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Clear).status, Ops::Rejected);
+        QCOMPARE(rig.model().itemCount(1), 2);
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Undo).status, Ops::Rejected);
+        QVERIFY(rig.model().setOnAirItem(0));
+
+        QCOMPARE(rig.ops().invoke(Ops::RemoveItem, b).status, Ops::Invoked);
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Clear).status, Ops::Invoked);
+        QCOMPARE(rig.model().itemCount(1), 0);
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Undo).status, Ops::Invoked);
+        QCOMPARE(rig.model().itemIds(1), (QList<quint64>{a}));
+
+        // A BGM playlist keeps its mode while BGM plays from it.
+        QVERIFY(rig.model().setBgmItem(a));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::StandardMode).status, Ops::Rejected);
+        QVERIFY(rig.model().setBgmItem(0));
+        QVERIFY(rig.model().setActivePlaylist(second));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Delete).status, Ops::Invoked);
+        QVERIFY(!rig.model().hasPlaylist(second));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Delete).status, Ops::Rejected);  // the last one
+    }
+
+    // Only in debug mode: one state line, the context line, one line per
+    // item and the output line.
+    void debugSnapshotDescribesTheState()
+    {
+        Rig rig;
+        const quint64 a = rig.add("a.mp4");
+        rig.add("b.mp4");
+        QVERIFY(rig.model().setDskItem(a));
+        g_messages.clear();
+        QtMessageHandler previous = qInstallMessageHandler(captureMessage);
+        rig.controller->writeDebugSnapshot();
+        const QStringList quiet = g_messages;
+        setDebugMode(true);
+        rig.controller->writeDebugSnapshot();
+        setDebugMode(false);
+        qInstallMessageHandler(previous);
+        QVERIFY(quiet.filter("DEBUG").isEmpty());
+        QCOMPARE(g_messages.filter(QStringLiteral("DEBUG snapshot onAir=0 cue=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
+        QCOMPARE(g_messages.filter(QStringLiteral("playlist=1 selected=0 onAir=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
+        const QStringList items = g_messages.filter("DEBUG item id=");
+        QCOMPARE(items.size(), 2);
+        QVERIFY2(items.first().contains(" inMs=0 outMs=none startMode=pause endMode=pause repeat=0 repeatEnd=pause "
+                                        "goto=0 volumeTenthsDb=0 fadeIn=off fadeOut=off crossfade=off"),
+                 qPrintable(items.first()));
+        QCOMPARE(g_messages.filter(QRegularExpression("^OUTPUT device=.* status=")).size(), 1);
+    }
+
+    void playerThatCannotComeUpIsTold()
+    {
+        Rig rig(QSize(321, 180));
+        QVERIFY(!rig.controller->programPlayerAvailable());
+        QVERIFY2(rig.controller->programPlayerError().startsWith("Failed to start the ON AIR GPU compositor: "),
+                 qPrintable(rig.controller->programPlayerError()));
+        QCOMPARE(rig.shown(), "Could not create the GStreamer playbin.|" + rig.controller->programPlayerError());
+        rig.add("a.mp4");
+        QCOMPARE(rig.ops().invoke(Ops::TakeSelectedOnAir).status, Ops::Rejected);
+        rig.controller->shutdown();
+        QVERIFY(!rig.controller->programPlayerRetained());
+    }
+};
+
+int main(int argc, char **argv)
+{
+    QApplication app(argc, argv);
+    TestMainController test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_main_controller.moc"
