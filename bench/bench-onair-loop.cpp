@@ -1,15 +1,24 @@
 // Figures of the ON AIR controller on the real player at 1920 x 1080:
 //
 //  1. standby prepare-to-ready as the operator sees it: from a selection to
-//     the tick that marks the item ready, for a 1080p30 H.264 file with an
+//     the moment the item is marked ready, for a 1080p30 H.264 file with an
 //     In point one frame before a keyframe, alternating two In points so that
 //     every selection prepares anew; p50/p95/max over the runs; target p95 at
 //     most 300 ms plus one tick (100 ms), well inside the 1000 ms in which a
 //     successor is cued before its predecessor ends.
 //
-// The held and skipped frames at a repeat's loop point are not measured yet.
+//  2. the loop point of a file that repeats without crossfade: a one-second
+//     30 fps clip whose every frame carries its number as a flat grey level
+//     repeats endlessly; the compositor's frame tap tells, per output frame,
+//     which clip frame it shows. At each loop point, frames held is how many
+//     output frames more than their due the last frame of one pass and the
+//     first of the next stood on the program (each is due for two at 60 Hz);
+//     frames skipped is how many clip frames around the loop point never
+//     reached the program. p50/p95/max over the loops; targets p95 at most
+//     1 held and 0 skipped.
 //
-// "--runs N" changes the number of selections (default 20).
+// "--runs N" changes the number of selections (default 20), "--loops N" the
+// number of loop points (default 50).
 
 #include "control/controller_operations.h"
 #include "playlist/playlist_model.h"
@@ -30,7 +39,11 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
+#include <memory>
+#include <mutex>
 #include <vector>
 
 using namespace tarnix;
@@ -38,6 +51,21 @@ using namespace tarnix;
 namespace {
 
 constexpr double kTargetP95Ms = 300.0 + 100.0;
+constexpr int kClipFrames = 30;
+// Clip frame n is the grey level kGreyBase + kGreyStep * n, clear of black
+// (the background) and of white. The decoder reads the file as video range
+// and the program shows it expanded to full range.
+constexpr int kGreyBase = 32;
+constexpr int kGreyStep = 6;
+
+double shownGrey(int n)
+{
+    return (kGreyBase + kGreyStep * n - 16) * 255.0 / 219.0;
+}
+// Output frames per clip frame: 60 Hz program, 30 fps clip.
+constexpr int kDueOutputFrames = 2;
+// Clip frames on each side of a loop point that must all be shown.
+constexpr int kEdgeFrames = 5;
 // Keyframes every 30 frames at 30 fps: 4967 ms and 1967 ms start one frame
 // before the keyframes at 5 s and 2 s.
 constexpr qint64 kInPointsMs[2] = {4967, 1967};
@@ -56,6 +84,152 @@ bool runUntil(Condition condition, int limitMs)
     return condition();
 }
 
+// One second at 30 fps, 320 x 180, whose frame n is a flat grey of level
+// kGreyBase + kGreyStep * n, written through appsrc.
+bool generateNumberedClip(const QString &path)
+{
+    if (QFile::exists(path))
+        return true;
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    const QString partial = path + QStringLiteral(".partial");
+    const QString description =
+        QStringLiteral("appsrc name=src format=time caps=video/x-raw,format=GRAY8,width=320,height=180,framerate=30/1 ! "
+                       "videoconvert ! video/x-raw,format=I420 ! openh264enc gop-size=30 ! h264parse ! mp4mux ! "
+                       "filesink location=\"%1\"")
+            .arg(partial);
+    std::printf("generating %s ...\n", qPrintable(path));
+    GError *error = nullptr;
+    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
+    if (error || !pipeline) {
+        std::fprintf(stderr, "cannot build the generator: %s\n", error ? error->message : "unknown");
+        if (error)
+            g_error_free(error);
+        if (pipeline)
+            gst_object_unref(pipeline);
+        return false;
+    }
+    GstElement *src = gst_bin_get_by_name(GST_BIN(pipeline), "src");
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    for (int n = 0; n < kClipFrames; ++n) {
+        GstBuffer *buffer = gst_buffer_new_allocate(nullptr, 320 * 180, nullptr);
+        GstMapInfo map;
+        gst_buffer_map(buffer, &map, GST_MAP_WRITE);
+        std::memset(map.data, kGreyBase + kGreyStep * n, map.size);
+        gst_buffer_unmap(buffer, &map);
+        GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(n, GST_SECOND, 30);
+        GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale(1, GST_SECOND, 30);
+        GstFlowReturn flow = GST_FLOW_OK;
+        g_signal_emit_by_name(src, "push-buffer", buffer, &flow);
+        gst_buffer_unref(buffer);
+    }
+    GstFlowReturn flow = GST_FLOW_OK;
+    g_signal_emit_by_name(src, "end-of-stream", &flow);
+    gst_object_unref(src);
+    GstBus *bus = gst_element_get_bus(pipeline);
+    GstMessage *done = gst_bus_timed_pop_filtered(bus, 60 * GST_SECOND,
+                                                  static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
+    if (done)
+        gst_message_unref(done);
+    gst_object_unref(bus);
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(pipeline);
+    if (!ok || !QFile::rename(partial, path)) {
+        QFile::remove(partial);
+        std::fprintf(stderr, "generating %s failed\n", qPrintable(path));
+        return false;
+    }
+    return true;
+}
+
+// The clip frame each program frame showed (-1: anything else), written on
+// the frame clock's thread.
+class ShownFrames
+{
+public:
+    void add(const ProgramTapFrame &frame)
+    {
+        const quint8 *p = frame.pixels + std::size_t(frame.height / 2) * frame.stride + 4 * std::size_t(frame.width / 2);
+        const bool grey = std::abs(int(p[0]) - int(p[1])) < 12 && std::abs(int(p[1]) - int(p[2])) < 12;
+        int index = -1;
+        for (int n = 0; grey && n < kClipFrames; ++n) {
+            if (std::abs(double(p[1]) - shownGrey(n)) <= 3.0)
+                index = n;
+        }
+        std::lock_guard lock(m_mutex);
+        if (m_recording)
+            m_frames.push_back(index);
+    }
+    void start()
+    {
+        std::lock_guard lock(m_mutex);
+        m_recording = true;
+        m_frames.clear();
+    }
+    std::vector<int> stop()
+    {
+        std::lock_guard lock(m_mutex);
+        m_recording = false;
+        return std::move(m_frames);
+    }
+
+private:
+    std::mutex m_mutex;
+    bool m_recording = false;
+    std::vector<int> m_frames;
+};
+
+struct LoopPoint {
+    double held = 0;
+    double skipped = 0;
+};
+
+// Cuts the shown frames into runs of one clip frame and looks at every
+// place where the clip starts again. Anything else shown between the end of
+// one pass and the start of the next counts as held.
+std::vector<LoopPoint> loopPoints(const std::vector<int> &frames)
+{
+    struct Run {
+        int index;
+        int count;
+    };
+    std::vector<Run> runs;
+    for (int index : frames) {
+        if (!runs.empty() && runs.back().index == index)
+            ++runs.back().count;
+        else
+            runs.push_back({index, 1});
+    }
+    const auto atEnd = [](const Run &run) { return run.index >= kClipFrames - kEdgeFrames && run.index < kClipFrames; };
+    const auto atStart = [](const Run &run) { return run.index >= 0 && run.index < kEdgeFrames; };
+    std::vector<LoopPoint> points;
+    for (std::size_t i = 1; i < runs.size(); ++i) {
+        if (!atEnd(runs[i - 1]) || atEnd(runs[i]))
+            continue;
+        std::size_t next = i;
+        int between = 0;
+        while (next < runs.size() && runs[next].index < 0)
+            between += runs[next++].count;
+        // The last run of the recording may not be complete.
+        if (next + 1 >= runs.size() || !atStart(runs[next]))
+            continue;
+        LoopPoint point;
+        point.held = between + std::max(0, runs[i - 1].count - kDueOutputFrames)
+                     + std::max(0, runs[next].count - kDueOutputFrames);
+        std::vector<bool> seen(kClipFrames, false);
+        for (std::size_t j = i; j-- > 0 && atEnd(runs[j]);)
+            seen[runs[j].index] = true;
+        for (std::size_t j = next; j < runs.size() && atStart(runs[j]); ++j)
+            seen[runs[j].index] = true;
+        for (int n = 0; n < kClipFrames; ++n) {
+            if ((n < kEdgeFrames || n >= kClipFrames - kEdgeFrames) && !seen[n])
+                ++point.skipped;
+        }
+        points.push_back(point);
+    }
+    return points;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -65,18 +239,25 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     gst_init(&argc, &argv);
 
-    int runs = 20;
     const QStringList args = app.arguments();
-    const qsizetype at = args.indexOf(QStringLiteral("--runs"));
-    if (at >= 0 && at + 1 < args.size())
-        runs = std::max(1, args.at(at + 1).toInt());
+    const auto intArgument = [&args](const char *name, int fallback) {
+        const qsizetype at = args.indexOf(QLatin1String(name));
+        return at >= 0 && at + 1 < args.size() ? std::max(1, args.at(at + 1).toInt()) : fallback;
+    };
+    const int runs = intArgument("--runs", 20);
+    const int loops = intArgument("--loops", 50);
 
     const QString file = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/zone-plate-1080p30-10s.mp4");
     if (!tarnix::bench::generateMedia(file, tarnix::bench::zonePlate1080pBody()))
         return 1;
+    const QString numbered = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/numbered-grey-30f.mp4");
+    if (!generateNumberedClip(numbered))
+        return 1;
 
+    auto shown = std::make_shared<ShownFrames>();
     DualDeckPlayerOptions options;
     options.audioSinkFactory = QStringLiteral("fakesink sync=true");
+    options.frameTap = [shown](const ProgramTapFrame &frame) { shown->add(frame); };
     auto owned = std::make_unique<DualDeckPlayer>(options);
     DualDeckPlayer *player = owned.get();
     if (!player->isInitialized()) {
@@ -94,7 +275,16 @@ int main(int argc, char **argv)
         request.settings.inPointMs = inMs;
         requests.append(request);
     }
-    const QList<quint64> ids = model.addItems(requests);
+    PlaylistItemRequest loopRequest;
+    loopRequest.filePath = numbered;
+    loopRequest.displayName = QStringLiteral("numbered");
+    loopRequest.mediaType = PlaylistMediaType::video;
+    loopRequest.settings.startMode = PlaylistStartMode::play;
+    loopRequest.settings.endMode = PlaylistEndMode::repeat;
+    loopRequest.settings.repeatCount = 0;
+    requests.append(loopRequest);
+    QList<quint64> ids = model.addItems(requests);
+    const quint64 loopItem = ids.takeLast();
     ControllerOperations operations;
     SelectionHolder selection(&model, &operations);
     {
@@ -129,7 +319,41 @@ int main(int argc, char **argv)
         std::printf("  p50 %.1f ms, p95 %.1f ms, max %.1f ms (target p95 <= %.0f ms) %s\n",
                     tarnix::bench::percentile(readyMs, 0.5), p95, tarnix::bench::percentile(readyMs, 1.0), kTargetP95Ms,
                     p95 <= kTargetP95Ms ? "PASS" : "FAIL");
-        std::printf("loop point held/skipped frames: not measured\n");
+
+        // The loop point: the numbered clip on air, repeating until enough
+        // loop points have passed.
+        selection.selectByOperator(loopItem);
+        if (!runUntil([&] { return model.cueItemId() == loopItem && model.cueState() == PlaylistCueState::Ready; },
+                      5000)
+            || !controller.takeOnAir()) {
+            std::fprintf(stderr, "bench-onair-loop: the numbered clip could not be taken (%s)\n",
+                         qPrintable(model.cueMessage()));
+            return 1;
+        }
+        shown->start();
+        runUntil([&] { return controller.repeatDisplayCount() > loops + 1; }, (loops + 3) * 2000);
+        const std::vector<LoopPoint> points = loopPoints(shown->stop());
+        controller.offAir();
+        std::vector<double> held;
+        std::vector<double> skipped;
+        for (const LoopPoint &point : points) {
+            held.push_back(point.held);
+            skipped.push_back(point.skipped);
+        }
+        if (points.empty()) {
+            std::printf("loop point: no loop point seen\n");
+        } else {
+            const double heldP95 = tarnix::bench::percentile(held, 0.95);
+            const double skippedP95 = tarnix::bench::percentile(skipped, 0.95);
+            std::printf("loop point of a file repeat without crossfade, 30 fps clip on the 60 Hz program, %zu loops:\n",
+                        points.size());
+            std::printf("  frames held:    p50 %.0f, p95 %.0f, max %.0f (target p95 <= 1) %s\n",
+                        tarnix::bench::percentile(held, 0.5), heldP95, tarnix::bench::percentile(held, 1.0),
+                        heldP95 <= 1.0 ? "PASS" : "FAIL");
+            std::printf("  frames skipped: p50 %.0f, p95 %.0f, max %.0f (target p95 = 0) %s\n",
+                        tarnix::bench::percentile(skipped, 0.5), skippedP95, tarnix::bench::percentile(skipped, 1.0),
+                        skippedP95 <= 0.0 ? "PASS" : "FAIL");
+        }
 
         controller.shutdown();
         runUntil([&] { return player->isShutdownFinished(); }, 5000);

@@ -18,6 +18,8 @@ struct TapPixel {
     int r = 0;
     int g = 0;
     int b = 0;
+    // System clock time at which the frame was composed.
+    GstClockTime clockNs = GST_CLOCK_TIME_NONE;
 };
 
 // Centre pixels of every composed frame, written on the frame clock's thread.
@@ -28,8 +30,10 @@ public:
     {
         const quint8 *p = frame.pixels + std::size_t(frame.height / 2) * frame.stride
                           + 4 * std::size_t(frame.width / 2);
+        static GstClock *const clock = gst_system_clock_obtain();
+        const GstClockTime now = gst_clock_get_time(clock);
         std::lock_guard lock(m_mutex);
-        m_pixels.push_back({frame.sequence, p[2], p[1], p[0]});
+        m_pixels.push_back({frame.sequence, p[2], p[1], p[0], now});
     }
     std::vector<TapPixel> since(quint64 sequence) const
     {

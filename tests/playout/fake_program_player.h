@@ -58,6 +58,12 @@ public:
     float videoLevel = 1.0f;
     double programFade = 0.0;
     double rate = 1.0;
+    int standbyDelayFrames = 0;
+    int currentDelayFrames = 0;
+    QList<double> masterEq;
+    double masterVolume = -1.0;
+    double itemVolume = -1.0;
+    bool masterMuted = false;
 
     void makeReady() { status = PreparationStatus::Ready; }
     void fail(const QString &text)
@@ -179,8 +185,15 @@ public:
     }
     void setVideoLevel(float level) override { videoLevel = level; }
     void setProgramFade(double amount) override { programFade = amount; }
-    void setItemDelayFrames(int) override {}
+    void setItemDelayFrames(int frames) override { standbyDelayFrames = frames; }
     void setItemEq(double, double, double) override {}
+    void setCurrentItemDelayFrames(int frames) override { currentDelayFrames = frames; }
+    void setMasterDelayFrames(int) override {}
+    void setCurrentItemEq(double, double, double) override {}
+    void setMasterEq(double lowDb, double midDb, double highDb) override { masterEq = {lowDb, midDb, highDb}; }
+    void setMasterVolume(double gain) override { masterVolume = gain; }
+    void setItemVolume(double gain) override { itemVolume = gain; }
+    void setMasterMuted(bool muted) override { masterMuted = muted; }
     qint64 positionMs() const override { return current < 0 ? -1 : position; }
     qint64 durationMs() const override { return current < 0 ? -1 : duration; }
     bool isPlaying() const override { return playing; }

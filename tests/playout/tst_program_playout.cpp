@@ -1,7 +1,10 @@
 // The ON AIR state machine against a scripted player: selection, standby,
 // take, OFF AIR, transport and what each refusal says.
 
+#include "fake_program_panels.h"
 #include "program_playout_rig.h"
+
+#include "playlist/playlist_validation.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -29,6 +32,8 @@ private slots:
     void seekHoldHidesStalePositions();
     void deletionGuard();
     void metersRunWhileTheProgramPlays();
+    void panelsFollowTheProgram();
+    void conversionHoldKeepsSlideShowsOffThePlayer();
 };
 
 void TestProgramPlayout::takePressedTwiceWhilePreparingTakesOnce()
@@ -274,11 +279,16 @@ void TestProgramPlayout::playerErrorsInTheTick()
     QCOMPARE(rig.controller->programPhase(), PlayoutItemState::Failed);
     rig.player->refuseStop = false;
 
-    // An error of the program audio pipeline leaves ON AIR alone.
+    // An error of the program audio pipeline leaves ON AIR alone and warns
+    // that the sound has gone.
     QVERIFY(rig.putOnAir(b));
+    while (rig.info.current())
+        rig.info.dismiss();
     rig.player->raiseError(QStringLiteral("device lost"), true);
     rig.controller->tick();
     QCOMPARE(rig.controller->programPhase(), PlayoutItemState::Running);
+    QVERIFY(rig.info.current());
+    QCOMPARE(rig.info.current()->text.key, QStringLiteral("program.warning.audio_output_unavailable"));
 
     // Media gone offline: OFF AIR with its text.
     rig.player->currentOffline = true;
@@ -287,6 +297,27 @@ void TestProgramPlayout::playerErrorsInTheTick()
     QCOMPARE(rig.controller->onAirItemId(), quint64(0));
     QCOMPARE(rig.controller->statusText(), QStringLiteral("MEDIA OFFLINE\nnot found"));
     QVERIFY(rig.model.isOffline(b));
+    rig.player->currentOffline = false;
+
+    // A live audio input that fails goes OFF AIR; its input is named.
+    PlaylistItemRequest liveRequest;
+    liveRequest.filePath = liveAudioUri(QStringLiteral("hw:1"));
+    liveRequest.displayName = QStringLiteral("mic");
+    liveRequest.sourceType = PlaylistSourceType::uvc;
+    liveRequest.mediaType = PlaylistMediaType::audio;
+    const quint64 live = rig.model.addItems({liveRequest}).value(0);
+    QVERIFY(live != 0);
+    QVERIFY(rig.putOnAir(live));
+    QCOMPARE(rig.controller->onAirItemId(), live);
+    QCOMPARE(rig.player->prepared.last().mappedAudio, QStringLiteral("hw:1"));
+    while (rig.info.current())
+        rig.info.dismiss();
+    rig.player->raiseError(QStringLiteral("capture stopped"));
+    rig.controller->tick();
+    QCOMPARE(rig.controller->onAirItemId(), quint64(0));
+    QVERIFY(rig.info.current());
+    QCOMPARE(rig.info.current()->source, QStringLiteral("Live Audio"));
+    QCOMPARE(rig.info.current()->text.key, QStringLiteral("input.audio.error"));
 }
 
 void TestProgramPlayout::offAirThenImmediateRetake()
@@ -439,6 +470,135 @@ void TestProgramPlayout::metersRunWhileTheProgramPlays()
     QVERIFY(meters->isMetering());
     QVERIFY(rig.controller->offAir());
     QVERIFY(!meters->isMetering());
+}
+
+void TestProgramPlayout::panelsFollowTheProgram()
+{
+    ProgramPlayoutRig rig;
+    PlaylistItemSettings trimmed = playing();
+    trimmed.inPointMs = 500;
+    trimmed.outPointMs = 2500;
+    const quint64 a = rig.add(QStringLiteral("/media/a.mp4"), trimmed);
+    const quint64 b = rig.add(QStringLiteral("/media/b.mp4"), playing());
+    FakeProgramPanel program;
+    FakePlaylistPanel playlist;
+    rig.controller->setProgramPanel(&program);
+    rig.controller->setPlaylistPanel(&playlist);
+    QCOMPARE(program.fileName, QString());
+    QVERIFY(!program.hasItem);
+
+    QVERIFY(rig.putOnAir(a));
+    QVERIFY(program.fileName.endsWith(QStringLiteral("a.mp4")));
+    QCOMPARE(program.in, qint64(500));
+    QCOMPARE(program.out, qint64(2500));
+    QVERIFY(program.rateControl);
+    QVERIFY(program.hasItem && program.playing);
+    rig.player->position = 1500;
+    rig.controller->tick();
+    QCOMPARE(program.position, qint64(1500));
+    QCOMPARE(program.remaining, qint64(1000));
+    // While the operator drags the seek bar, it is left alone.
+    program.dragging = true;
+    rig.player->position = 1600;
+    rig.controller->tick();
+    QCOMPARE(program.position, qint64(-1));
+    QCOMPARE(program.remaining, qint64(900));
+    program.dragging = false;
+
+    // The playlist panel's crossfade stands over the controller's own, and
+    // its rows show both items' levels while it runs.
+    rig.controller->setManualCrossfade(false, 1000);
+    playlist.crossfade = true;
+    playlist.crossfadeMs = 400;
+    QVERIFY(rig.putOnAir(b));
+    QVERIFY(rig.player->takeCrossfades.last());
+    QCOMPARE(rig.controller->crossfadeDurationMs(), qint64(400));
+    rig.advance(100);
+    QCOMPARE(playlist.levels.value(b), 0.25);
+    QCOMPARE(playlist.levels.value(a), 0.75);
+    rig.advance(300);
+    QVERIFY(!rig.controller->isCrossfading());
+    QCOMPARE(playlist.levels.value(b), 1.0);
+    QCOMPARE(playlist.levels.value(a), 0.0);
+
+    // Refusals reach the status line; OFF AIR empties the panel.
+    rig.player->refusePause = true;
+    QVERIFY(!rig.controller->pause());
+    QCOMPARE(program.status, QStringLiteral("Pause failed."));
+    QVERIFY(rig.controller->offAir());
+    QCOMPARE(program.fileName, QString());
+    QVERIFY(!program.hasItem);
+    QCOMPARE(program.position, qint64(-1));
+    QVERIFY(!program.rateControl);
+    QCOMPARE(playlist.levels.value(b), 0.0);
+
+    // A panel that goes away is let go of.
+    rig.controller->setProgramPanel(nullptr);
+    QVERIFY(rig.putOnAir(a));
+    QCOMPARE(program.fileName, QString());
+}
+
+void TestProgramPlayout::conversionHoldKeepsSlideShowsOffThePlayer()
+{
+    ProgramPlayoutRig rig;
+    const quint64 a = rig.add(QStringLiteral("/media/a.mp4"), playing());
+    PlaylistItemRequest showRequest;
+    showRequest.filePath = rig.media.filePath(QStringLiteral("deck.pptx"));
+    QFile(showRequest.filePath).open(QIODevice::WriteOnly);
+    showRequest.displayName = QStringLiteral("deck");
+    showRequest.sourceType = PlaylistSourceType::powerpoint;
+    showRequest.mediaType = PlaylistMediaType::presentation;
+    showRequest.settings = playing();
+    const quint64 show = rig.model.addItems({showRequest}).value(0);
+    QVERIFY(show != 0);
+    auto flag = std::make_shared<std::atomic<bool>>(true);
+    QString error;
+
+    // A slide show on the standby is released for the conversion.
+    rig.selection.selectByOperator(show);
+    QCOMPARE(rig.controller->preparedTarget()->itemId, show);
+    const int releases = rig.player->releases;
+    QVERIFY(rig.controller->requestConversionHold(flag, &error));
+    QVERIFY(error.isEmpty());
+    QVERIFY(!flag->load());
+    QVERIFY(rig.controller->isConversionHeld());
+    QCOMPARE(rig.player->releases, releases + 1);
+    QVERIFY(!rig.controller->preparedTarget());
+    QCOMPARE(rig.model.cueItemId(), quint64(0));
+
+    // While it holds, no slide show is prepared; other items are.
+    rig.selection.selectByOperator(a);
+    QCOMPARE(rig.controller->preparedTarget()->itemId, a);
+    rig.selection.selectByOperator(show);
+    QVERIFY(!rig.controller->requestedTarget() || rig.controller->requestedTarget()->itemId != show);
+    QVERIFY(!rig.controller->preparedTarget() || rig.controller->preparedTarget()->itemId != show);
+    QVERIFY(!rig.controller->requestConversionHold(flag, &error));
+    QCOMPARE(error, QStringLiteral("PowerPoint conversion preparation is unavailable."));
+
+    // The end of the hold lets the selection onto the standby again.
+    rig.controller->releaseConversionHold();
+    QCOMPARE(rig.controller->preparedTarget()->itemId, show);
+
+    // A slide show ON AIR refuses the hold.
+    rig.player->makeReady();
+    QVERIFY(rig.controller->takeOnAir());
+    QCOMPARE(rig.controller->onAirItemId(), show);
+    QVERIFY(!rig.controller->requestConversionHold(flag, &error));
+    QVERIFY(!error.isEmpty());
+    QVERIFY(!rig.controller->isConversionHeld());
+
+    // A slide show that should follow an item is cued only once the hold
+    // ends, if its last second has come meanwhile.
+    QVERIFY(rig.controller->offAir());
+    QVERIFY(rig.model.setItemSettings(a, playing(PlaylistEndMode::next)));
+    QVERIFY(rig.putOnAir(a));
+    QVERIFY(rig.controller->requestConversionHold(flag, &error));
+    rig.player->position = 2500;
+    rig.controller->tick();
+    QVERIFY(!rig.controller->automaticTarget().requested);
+    rig.controller->releaseConversionHold();
+    QCOMPARE(rig.controller->automaticTarget().targetItemId, std::optional<quint64>(show));
+    QCOMPARE(rig.controller->preparedTarget()->itemId, show);
 }
 
 QTEST_GUILESS_MAIN(TestProgramPlayout)

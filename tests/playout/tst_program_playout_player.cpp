@@ -10,8 +10,15 @@
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
 
+#include <QEventLoop>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+
+#include <algorithm>
+#include <memory>
+#include <mutex>
+#include <vector>
 
 using namespace tarnix;
 using namespace tarnix::test;
@@ -29,6 +36,150 @@ void keepAutoLines(QtMsgType type, const QMessageLogContext &context, const QStr
         g_previous(type, context, text);
 }
 
+// Runs a real event loop, so that precise timers fire on time, until the
+// condition holds or the limit passes.
+template <typename Condition>
+bool runUntil(Condition condition, int limitMs)
+{
+    if (condition())
+        return true;
+    QEventLoop loop;
+    QTimer check;
+    check.setInterval(5);
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        if (condition())
+            loop.quit();
+    });
+    QTimer::singleShot(limitMs, &loop, &QEventLoop::quit);
+    check.start();
+    loop.exec();
+    return condition();
+}
+
+// Writes a clip with the pipeline description (the file is "@OUT@") and
+// waits for it; true when it was written whole.
+bool makeClip(const QString &description, const QString &path)
+{
+    GError *error = nullptr;
+    QString launch = description;
+    launch.replace(QStringLiteral("@OUT@"), QStringLiteral("\"%1\"").arg(path));
+    GstElement *maker = gst_parse_launch(launch.toUtf8().constData(), &error);
+    if (error) {
+        g_error_free(error);
+        if (maker)
+            gst_object_unref(maker);
+        return false;
+    }
+    gst_element_set_state(maker, GST_STATE_PLAYING);
+    GstBus *bus = gst_element_get_bus(maker);
+    GstMessage *done =
+        gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    const bool made = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
+    if (done)
+        gst_message_unref(done);
+    gst_object_unref(bus);
+    gst_element_set_state(maker, GST_STATE_NULL);
+    gst_object_unref(maker);
+    return made;
+}
+
+// The moments at which deck pipelines ran out of picture, on the system
+// clock that every pipeline runs on: the end of the last frame that reached
+// a deck's sink before its end of stream.
+class EndOfStreamLog
+{
+public:
+    ~EndOfStreamLog()
+    {
+        for (const Watched &watched : m_watched) {
+            gst_pad_remove_probe(watched.pad, watched.probe);
+            gst_object_unref(watched.pad);
+        }
+    }
+
+    // Watches the sinks of whatever pipelines the decks hold now.
+    void watch(DualDeckPlayer *player)
+    {
+        for (int index = 0; index < 2; ++index) {
+            if (DeckSourceSession *deck = player->deck(index))
+                watchSink(deck->appsink());
+        }
+    }
+
+    std::vector<GstClockTime> ends() const
+    {
+        std::lock_guard lock(m_shared->mutex);
+        return m_shared->ends;
+    }
+
+private:
+    struct Shared {
+        std::mutex mutex;
+        std::vector<GstClockTime> ends;
+    };
+    struct PadState {
+        std::shared_ptr<Shared> shared;
+        GstClockTime lastEnd = GST_CLOCK_TIME_NONE;
+    };
+    struct Watched {
+        GstPad *pad = nullptr;
+        gulong probe = 0;
+    };
+
+    void watchSink(GstElement *sink)
+    {
+        GstPad *pad = sink ? gst_element_get_static_pad(sink, "sink") : nullptr;
+        if (!pad)
+            return;
+        // The reference kept on each watched pad also keeps its address unique.
+        for (const Watched &watched : m_watched) {
+            if (watched.pad == pad) {
+                gst_object_unref(pad);
+                return;
+            }
+        }
+        const gulong probe = gst_pad_add_probe(
+            pad, GstPadProbeType(GST_PAD_PROBE_TYPE_BUFFER | GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM), &onData,
+            new PadState{m_shared}, [](gpointer state) { delete static_cast<PadState *>(state); });
+        m_watched.push_back({pad, probe});
+    }
+
+    static GstPadProbeReturn onData(GstPad *pad, GstPadProbeInfo *info, gpointer data)
+    {
+        auto *state = static_cast<PadState *>(data);
+        if (info->type & GST_PAD_PROBE_TYPE_BUFFER) {
+            GstBuffer *buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+            GstEvent *event = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+            if (event && GST_BUFFER_PTS_IS_VALID(buffer)) {
+                const GstSegment *segment = nullptr;
+                gst_event_parse_segment(event, &segment);
+                GstClockTime end = GST_BUFFER_PTS(buffer);
+                if (GST_BUFFER_DURATION_IS_VALID(buffer))
+                    end += GST_BUFFER_DURATION(buffer);
+                if (GST_CLOCK_TIME_IS_VALID(segment->stop))
+                    end = std::min<GstClockTime>(end, segment->stop);
+                state->lastEnd = gst_segment_to_running_time(segment, GST_FORMAT_TIME, end);
+            }
+            if (event)
+                gst_event_unref(event);
+        } else if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_EOS
+                   && GST_CLOCK_TIME_IS_VALID(state->lastEnd)) {
+            GstElement *sink = GST_ELEMENT(gst_pad_get_parent(pad));
+            const GstClockTime base = sink ? gst_element_get_base_time(sink) : GST_CLOCK_TIME_NONE;
+            if (sink)
+                gst_object_unref(sink);
+            if (GST_CLOCK_TIME_IS_VALID(base)) {
+                std::lock_guard lock(state->shared->mutex);
+                state->shared->ends.push_back(base + state->lastEnd);
+            }
+        }
+        return GST_PAD_PROBE_OK;
+    }
+
+    std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
+    std::vector<Watched> m_watched;
+};
+
 } // namespace
 
 class TestProgramPlayoutPlayer : public QObject
@@ -43,6 +194,15 @@ private slots:
 
 void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
 {
+    // A clip of exactly three seconds, picture only, so that its end of
+    // stream is the end of its last frame.
+    QTemporaryDir dir;
+    const QString red = dir.filePath(QStringLiteral("red-3s.mp4"));
+    QVERIFY(makeClip(QStringLiteral("videotestsrc num-buffers=90 pattern=solid-color foreground-color=0xffff0000 ! "
+                                    "video/x-raw,width=320,height=180,framerate=30/1 ! openh264enc gop-size=30 ! "
+                                    "h264parse ! mp4mux ! filesink location=@OUT@"),
+                     red));
+
     QStringList lines;
     g_lines = &lines;
     g_previous = qInstallMessageHandler(keepAutoLines);
@@ -53,54 +213,71 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     QVERIFY(player->isInitialized());
 
     PlaylistModel model;
-    PlaylistItemRequest red;
-    red.filePath = media("solid-red-4s.mp4");
-    red.displayName = QStringLiteral("red");
-    red.mediaType = PlaylistMediaType::video;
-    red.settings.startMode = PlaylistStartMode::play;
-    red.settings.outPointMs = 1000;
-    red.settings.endMode = PlaylistEndMode::repeat;
-    red.settings.repeatCount = 3;
-    red.settings.repeatEndMode = PlaylistRepeatEndMode::next;
-    PlaylistItemRequest blue = red;
-    blue.filePath = media("solid-blue-4s.mp4");
-    blue.displayName = QStringLiteral("blue");
-    blue.settings = {};
-    blue.settings.startMode = PlaylistStartMode::play;
-    const QList<quint64> ids = model.addItems({red, blue});
+    PlaylistItemRequest first;
+    first.filePath = red;
+    first.displayName = QStringLiteral("red");
+    first.mediaType = PlaylistMediaType::video;
+    first.settings.startMode = PlaylistStartMode::play;
+    first.settings.endMode = PlaylistEndMode::repeat;
+    first.settings.repeatCount = 3;
+    first.settings.repeatEndMode = PlaylistRepeatEndMode::next;
+    PlaylistItemRequest second = first;
+    second.filePath = media("solid-blue-4s.mp4");
+    second.displayName = QStringLiteral("blue");
+    second.settings = {};
+    second.settings.startMode = PlaylistStartMode::play;
+    const QList<quint64> ids = model.addItems({first, second});
     QCOMPARE(ids.size(), 2);
 
     ControllerOperations operations;
     SelectionHolder selection(&model, &operations);
     ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,
                                         &selection, nullptr, &operations, nullptr);
-    QVERIFY(QTest::qWaitFor([&] { return player->isPresenterRunning() && fixture.frames->last().sequence > 0; },
-                            8000));
+    QVERIFY(runUntil([&] { return player->isPresenterRunning() && fixture.frames->last().sequence > 0; }, 8000));
+    const quint64 beforeTake = fixture.frames->last().sequence;
 
+    EndOfStreamLog ends;
+    const auto watching = [&](auto condition) {
+        return [&, condition] {
+            ends.watch(player);
+            return condition();
+        };
+    };
     selection.selectByOperator(ids[0]);
     QVERIFY(controller.takeOnAir());
-    QVERIFY(QTest::qWaitFor([&] { return controller.onAirItemId() == ids[0]; }, 10000));
-    QVERIFY(QTest::qWaitFor([&] { return isRed(fixture.frames->last()); }, 5000));
-    const quint64 firstRed = fixture.frames->last().sequence - 1;
-
-    QVERIFY(QTest::qWaitFor([&] { return controller.onAirItemId() == ids[1]; }, 15000));
-    QVERIFY(QTest::qWaitFor([&] { return isBlue(fixture.frames->last()); }, 5000));
-    QTest::qWait(200);
-
-    int background = 0;
-    int reds = 0;
-    for (const TapPixel &pixel : fixture.frames->since(firstRed)) {
-        if (isBlack(pixel))
-            ++background;
-        if (isRed(pixel))
-            ++reds;
-    }
+    QVERIFY(runUntil(watching([&] { return controller.onAirItemId() == ids[0]; }), 10000));
+    QVERIFY(runUntil(watching([&] { return controller.onAirItemId() == ids[1]; }), 15000));
+    QVERIFY(runUntil(watching([&] { return isBlue(fixture.frames->last()); }), 5000));
+    (void)runUntil([] { return false; }, 200);
     qInstallMessageHandler(g_previous);
     g_lines = nullptr;
 
-    QCOMPARE(background, 0);
-    // Three loops of one second at 60 frames a second, give or take a take.
-    QVERIFY2(reds > 150, qPrintable(QString::number(reds)));
+    const std::vector<TapPixel> frames = fixture.frames->since(beforeTake);
+    const auto firstRed = std::find_if(frames.begin(), frames.end(), isRed);
+    const auto firstBlue = std::find_if(frames.begin(), frames.end(), isBlue);
+    QVERIFY(firstRed != frames.end() && firstBlue != frames.end() && firstRed < firstBlue);
+    // From the first red frame on, the picture never falls back to the
+    // background, at the loop points nor at the change to blue.
+    QCOMPARE(std::count_if(firstRed, frames.end(), isBlack), 0);
+
+    std::vector<GstClockTime> loopEnds;
+    for (GstClockTime end : ends.ends()) {
+        if (end > firstRed->clockNs && end < firstBlue->clockNs)
+            loopEnds.push_back(end);
+    }
+    QVERIFY2(loopEnds.size() >= 3, qPrintable(QString::number(loopEnds.size())));
+    const GstClockTime lastLoopEnd = *std::max_element(loopEnds.begin(), loopEnds.end());
+    // Output frames composed after a moment and before the first blue one.
+    const auto framesBetween = [&](GstClockTime after) {
+        return std::count_if(firstRed, firstBlue, [after](const TapPixel &p) { return p.clockNs > after; });
+    };
+    // Blue is at most the second output frame after the last loop ran out,
+    // and at most the sixth after nine seconds of red.
+    const auto afterEnd = framesBetween(lastLoopEnd);
+    QVERIFY2(afterEnd <= 1, qPrintable(QStringLiteral("blue came %1 frames after the end").arg(afterEnd + 1)));
+    const auto afterNine = framesBetween(firstRed->clockNs + 9 * GST_SECOND);
+    QVERIFY2(afterNine <= 5, qPrintable(QStringLiteral("blue came %1 frames after 9.0 s").arg(afterNine + 1)));
+
     const auto count = [&lines](const char *prefix) {
         return int(std::count_if(lines.begin(), lines.end(),
                                  [prefix](const QString &l) { return l.startsWith(QLatin1String(prefix)); }));
@@ -109,7 +286,7 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     QCOMPARE(count("AUTO PROGRAM transition "), 1);
 
     controller.shutdown();
-    QVERIFY(QTest::qWaitFor([&] { return player->isShutdownFinished(); }, 5000));
+    QVERIFY(runUntil([&] { return player->isShutdownFinished(); }, 5000));
     QVERIFY(player->isShutdownConfirmed());
 }
 
@@ -172,11 +349,30 @@ void TestProgramPlayoutPlayer::metersFollowTheAudioAsHeard()
                          if (clipped && left == 0.0 && right == 0.0)
                              ++clippedAtZero;
                      });
+    // The master meter, on the program pipeline's timeline, shows the same
+    // overload as full scale with its clip lamp lit.
+    int masterReadings = 0;
+    int masterEarly = 0;
+    int masterAtZeroClipped = 0;
+    QObject::connect(controller.audioController(), &ProgramAudioController::masterMeterChanged, &controller,
+                     [&](double left, double right, bool clipLit, quint64 runningTime) {
+                         if (runningTime == 0)
+                             return;
+                         ++masterReadings;
+                         const std::optional<std::uint64_t> now =
+                             pipelineRunningTime(player->audioOutput()->pipeline());
+                         if (!now || runningTime > *now)
+                             ++masterEarly;
+                         if (clipLit && left == 0.0 && right == 0.0)
+                             ++masterAtZeroClipped;
+                     });
     selection.selectByOperator(ids[0]);
     QVERIFY(controller.takeOnAir());
-    QVERIFY(QTest::qWaitFor([&] { return readings >= 50; }, 10000));
+    QVERIFY(QTest::qWaitFor([&] { return readings >= 50 && masterAtZeroClipped > 0; }, 10000));
     QCOMPARE(early, 0);
     QVERIFY(clippedAtZero > 0);
+    QVERIFY(masterReadings > 0);
+    QCOMPARE(masterEarly, 0);
 
     controller.shutdown();
     QVERIFY(QTest::qWaitFor([&] { return player->isShutdownFinished(); }, 5000));

@@ -45,6 +45,53 @@ void DualDeckProgramPlayer::setVideoLevel(float level) { m_player->setVideoLevel
 void DualDeckProgramPlayer::setProgramFade(double amount) { m_player->setProgramFade(amount); }
 void DualDeckProgramPlayer::setItemDelayFrames(int frames) { m_player->setItemDelayFrames(frames); }
 void DualDeckProgramPlayer::setItemEq(double lowDb, double midDb, double highDb) { m_player->setItemEq(lowDb, midDb, highDb); }
+ProgramAudioOutput *DualDeckProgramPlayer::audio() const
+{
+    return isInitialized() ? m_player->audioOutput() : nullptr;
+}
+
+void DualDeckProgramPlayer::setCurrentItemDelayFrames(int frames)
+{
+    if (ProgramAudioOutput *output = audio(); output && currentDeck() >= 0)
+        output->setItemDelayFrames(currentDeck(), frames);
+}
+
+void DualDeckProgramPlayer::setMasterDelayFrames(int frames)
+{
+    if (ProgramAudioOutput *output = audio())
+        output->setMasterDelayFrames(frames);
+}
+
+void DualDeckProgramPlayer::setCurrentItemEq(double lowDb, double midDb, double highDb)
+{
+    if (ProgramAudioOutput *output = audio(); output && currentDeck() >= 0)
+        output->setItemEq(currentDeck(), lowDb, midDb, highDb);
+}
+
+void DualDeckProgramPlayer::setMasterEq(double lowDb, double midDb, double highDb)
+{
+    if (ProgramAudioOutput *output = audio())
+        output->setMasterEq(lowDb, midDb, highDb);
+}
+
+void DualDeckProgramPlayer::setMasterVolume(double linearGain)
+{
+    if (ProgramAudioOutput *output = audio())
+        output->setMasterVolume(linearGain);
+}
+
+void DualDeckProgramPlayer::setItemVolume(double linearGain)
+{
+    if (isInitialized())
+        m_player->setItemVolume(linearGain);
+}
+
+void DualDeckProgramPlayer::setMasterMuted(bool muted)
+{
+    if (ProgramAudioOutput *output = audio())
+        output->setMasterMuted(muted);
+}
+
 qint64 DualDeckProgramPlayer::positionMs() const { return m_player->positionMs(); }
 qint64 DualDeckProgramPlayer::durationMs() const { return m_player->durationMs(); }
 bool DualDeckProgramPlayer::isPlaying() const { return m_player->isPlaying(); }

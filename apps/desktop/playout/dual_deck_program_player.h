@@ -7,6 +7,7 @@
 namespace tarnix {
 
 class DualDeckPlayer;
+class ProgramAudioOutput;
 
 // ProgramPlayer over the real dual-deck player, which it owns.
 class DualDeckProgramPlayer : public ProgramPlayer
@@ -38,6 +39,13 @@ public:
     void setProgramFade(double amount) override;
     void setItemDelayFrames(int frames) override;
     void setItemEq(double lowDb, double midDb, double highDb) override;
+    void setCurrentItemDelayFrames(int frames) override;
+    void setMasterDelayFrames(int frames) override;
+    void setCurrentItemEq(double lowDb, double midDb, double highDb) override;
+    void setMasterEq(double lowDb, double midDb, double highDb) override;
+    void setMasterVolume(double linearGain) override;
+    void setItemVolume(double linearGain) override;
+    void setMasterMuted(bool muted) override;
     qint64 positionMs() const override;
     qint64 durationMs() const override;
     bool isPlaying() const override;
@@ -48,6 +56,9 @@ public:
     void beginShutdown() override;
 
 private:
+    // The program audio output while the player is up; null otherwise.
+    ProgramAudioOutput *audio() const;
+
     std::unique_ptr<DualDeckPlayer> m_player;
 };
 

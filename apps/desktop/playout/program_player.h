@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audio/program_audio_panel.h"
 #include "audio/program_level_timeline.h"
 #include "playout/deck_source.h"
 
@@ -9,8 +10,9 @@ namespace tarnix {
 
 // The part of the dual-deck player that the ON AIR state machine uses. The
 // controller decides against this and nothing else, so it can be driven by a
-// scripted player in tests. Main thread only; nothing here may wait.
-class ProgramPlayer
+// scripted player in tests. Main thread only; nothing here may wait. The
+// panel's audio changes reach the program audio graph through it too.
+class ProgramPlayer : public ProgramAudioControls
 {
 public:
     enum EventKind { NoEvent = 0, EndOfStream = 1, Error = 2 };
@@ -45,6 +47,7 @@ public:
 
     virtual void setVideoLevel(float level) = 0;
     virtual void setProgramFade(double amount) = 0;
+    // The standby deck's, written before it is taken.
     virtual void setItemDelayFrames(int frames) = 0;
     virtual void setItemEq(double lowDb, double midDb, double highDb) = 0;
 

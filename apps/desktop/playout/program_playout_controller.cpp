@@ -5,6 +5,7 @@
 
 #include "control/control_state_registry.h"
 #include "control/controller_operations.h"
+#include "playlist/playlist_validation.h"
 #include "shell/log_categories.h"
 
 #include <QJsonValue>
@@ -53,6 +54,13 @@ std::optional<ProgramTarget> ProgramPlayoutController::Impl::targetForItem(quint
     target.path = item->filePath;
     target.displayName = item->displayName;
     target.sourceType = int(item->sourceType);
+    // The sound that goes with a live source. A camera's mapped audio device
+    // comes from the UVC audio mappings once they exist.
+    if (isLiveAudio(*item))
+        target.mappedAudio = liveAudioDeviceId(item->filePath);
+    else if (item->sourceType == PlaylistSourceType::uvc
+             && item->filePath.startsWith(QLatin1String("network-video://"), Qt::CaseInsensitive))
+        target.mappedAudio = item->filePath;
     // A timed still is asked of the deck whole; its time is the clock's.
     if (item->sourceType == PlaylistSourceType::file && !isTimedStill(*item)) {
         target.inPointMs = item->settings.inPointMs;
@@ -123,7 +131,89 @@ void ProgramPlayoutController::Impl::setStatus(const QString &text)
     if (statusText == text)
         return;
     statusText = text;
+    if (programPanel)
+        programPanel->showStatus(text);
     emit q->statusTextChanged(text);
+}
+
+bool ProgramPlayoutController::Impl::manualCrossfade() const
+{
+    return playlistPanel ? playlistPanel->manualCrossfadeEnabled() : manualCrossfadeEnabled;
+}
+
+qint64 ProgramPlayoutController::Impl::manualCrossfadeDuration() const
+{
+    return playlistPanel ? playlistPanel->manualCrossfadeDurationMs() : manualCrossfadeMs;
+}
+
+void ProgramPlayoutController::Impl::showTimes()
+{
+    if (!programPanel)
+        return;
+    const std::optional<PlaylistItem> item = currentItem();
+    programPanel->showTransport(item.has_value(), playing);
+    if (!item) {
+        programPanel->showTimes(-1, -1, -1, false);
+        return;
+    }
+    if (item->sourceType != PlaylistSourceType::file) {
+        programPanel->showTimes(-1, -1, -1, true);
+        return;
+    }
+    const qint64 duration = stillClock.isValid() ? stillClock.outMs() : player->durationMs();
+    // The operator's drag of the seek bar is not overwritten.
+    const qint64 position = programPanel->isSeekDragging() ? -1 : displayedPositionMs;
+    programPanel->showTimes(position, duration, remainingMs, false);
+}
+
+void ProgramPlayoutController::Impl::showItemOnPanel(const PlaylistItem &item, const ProgramTarget &target)
+{
+    if (!programPanel)
+        return;
+    const PlaylistItemSettings &s = item.settings;
+    programPanel->showItemAudio(s.nominalAudioDelayFrames, {s.nominalEqLowTenthsDb / 10.0,
+                                                            s.nominalEqMidTenthsDb / 10.0,
+                                                            s.nominalEqHighTenthsDb / 10.0});
+    programPanel->showOnAirFile(item.displayName, item.filePath);
+    const bool rateControl = item.sourceType == PlaylistSourceType::file
+                             && (item.mediaType == PlaylistMediaType::video
+                                 || item.mediaType == PlaylistMediaType::audio);
+    programPanel->showRate(1.0, rateControl);
+    if (item.sourceType == PlaylistSourceType::file)
+        programPanel->showInOut(stillClock.isValid() ? stillClock.inMs() : target.inPointMs,
+                                stillClock.isValid() ? stillClock.outMs() : target.outPointMs.value_or(-1));
+    else
+        programPanel->showInOut(-1, -1);
+    showTimes();
+}
+
+void ProgramPlayoutController::Impl::clearPanel()
+{
+    if (!programPanel)
+        return;
+    programPanel->showTimes(-1, -1, -1, false);
+    programPanel->showInOut(-1, -1);
+    programPanel->showRate(1.0, false);
+    programPanel->showTransport(false, false);
+    programPanel->showOnAirFile(QString(), QString());
+    programPanel->showRepeatCount(0);
+}
+
+void ProgramPlayoutController::Impl::showLevelsOnPlaylist(double level)
+{
+    if (!playlistPanel)
+        return;
+    const quint64 onAir = programState.itemId();
+    if (shownLevelItem != 0 && shownLevelItem != onAir && shownLevelItem != crossfadeFromItem)
+        playlistPanel->showItemLevel(shownLevelItem, 0.0);
+    if (shownFromLevelItem != 0 && shownFromLevelItem != crossfadeFromItem && shownFromLevelItem != onAir)
+        playlistPanel->showItemLevel(shownFromLevelItem, 0.0);
+    shownLevelItem = onAir;
+    shownFromLevelItem = crossfadeFromItem;
+    if (onAir != 0)
+        playlistPanel->showItemLevel(onAir, crossfadeFromItem != 0 ? level * crossfadeProgress : level);
+    if (crossfadeFromItem != 0 && crossfadeFromItem != onAir)
+        playlistPanel->showItemLevel(crossfadeFromItem, (1.0 - crossfadeProgress) * crossfadeFromLevel);
 }
 
 void ProgramPlayoutController::Impl::showError(const QString &text)
@@ -158,6 +248,8 @@ void ProgramPlayoutController::Impl::updateRepeatDisplay()
 {
     if (model && programState.itemId() != 0)
         model->setItemRepeatProgress(programState.itemId(), programState.repeatDisplayCount());
+    if (programPanel)
+        programPanel->showRepeatCount(programState.repeatDisplayCount());
 }
 
 void ProgramPlayoutController::Impl::scheduleSelectAfter(quint64 itemId)
@@ -185,6 +277,25 @@ void ProgramPlayoutController::Impl::updateTickInterval()
     const auto interval = repeat ? options.repeatTickInterval : options.tickInterval;
     if (tickTimer.intervalAsDuration() != interval)
         tickTimer.setInterval(interval);
+}
+
+void ProgramPlayoutController::Impl::scheduleEndTick(qint64 positionMs, qint64 endMs)
+{
+    // A few ticks at most per end: an end of stream that is late (or never
+    // comes) falls back to the regular tick.
+    constexpr int kEndTicksPerEnd = 3;
+    if (!options.startTimers || !playing || positionMs < 0 || endMs < 0)
+        return;
+    const double rate = stillClock.isValid() || !(playbackRate > 0.0) ? 1.0 : playbackRate;
+    const qint64 dueMs = qint64(std::ceil(double(endMs - positionMs) / rate)) + options.endTickMargin.count();
+    if (dueMs >= tickTimer.interval()) {
+        endTicksLeft = kEndTicksPerEnd;
+        return;
+    }
+    if (endTickTimer.isActive() || endTicksLeft <= 0)
+        return;
+    --endTicksLeft;
+    endTickTimer.start(int(std::max<qint64>(0, dueMs)));
 }
 
 void ProgramPlayoutController::Impl::applySeekRequest()
@@ -265,10 +376,28 @@ void ProgramPlayoutController::Impl::updateProgramAudio()
 
 void ProgramPlayoutController::Impl::handleError(const QString &text, bool programAudio)
 {
-    // The program audio pipeline's own warning is shown by its owner.
-    if (programAudio)
+    if (programAudio) {
+        // The picture plays on; only the sound has gone.
+        finishMacroTransport(false, text);
+        post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_unavailable"),
+             texts::audioOutputUnavailableFallback(), text);
         return;
+    }
     const std::optional<PlaylistItem> item = currentItem();
+    if (item && isLiveAudio(*item)) {
+        // Marking the item's audio mapping as failed in the model joins here
+        // with the live audio inputs.
+        q->offAir();
+        setStatus(text);
+        if (userInfo)
+            userInfo->post(UserInfoSeverity::Error, QStringLiteral("Live Audio"),
+                           LocalizedText(QStringLiteral("input.audio.error"), {text}, texts::liveAudioErrorFallback()),
+                           text);
+        return;
+    }
+    // A UVC item whose device monitor exists hands it the text and goes OFF
+    // AIR here; the monitor joins with the UVC sessions. Until then such an
+    // error is handled like any other below.
     if (item && item->sourceType == PlaylistSourceType::file && player->isCurrentOffline()) {
         if (model)
             model->markFileUnavailable(item->filePath);
@@ -293,6 +422,12 @@ void ProgramPlayoutController::Impl::handleError(const QString &text, bool progr
     automatic = {};
     post(UserInfoSeverity::Error, QStringLiteral("program.error.gstreamer_playback"),
          QStringLiteral("ON AIR playback error: %1"), message);
+    finishMacroTransport(false, message);
+}
+
+bool ProgramPlayoutController::Impl::isLiveAudio(const PlaylistItem &item)
+{
+    return item.sourceType == PlaylistSourceType::uvc && isLiveAudioUri(item.filePath);
 }
 
 // The controller ------------------------------------------------------------
@@ -306,14 +441,25 @@ ProgramPlayoutController::ProgramPlayoutController(std::unique_ptr<ProgramPlayer
     ProgramAudioController::Options audioOptions = d->options.audio;
     audioOptions.startTimer = d->options.startTimers;
     d->audio = new ProgramAudioController([this] { return d->player->levelSnapshot(); }, audioOptions, this);
+    d->audio->setControls(d->player.get());
     d->tickTimer.setTimerType(Qt::PreciseTimer);
     d->tickTimer.setInterval(d->options.tickInterval);
     connect(&d->tickTimer, &QTimer::timeout, this, &ProgramPlayoutController::tick);
+    d->endTickTimer.setTimerType(Qt::PreciseTimer);
+    d->endTickTimer.setSingleShot(true);
+    connect(&d->endTickTimer, &QTimer::timeout, this, &ProgramPlayoutController::tick);
+    d->standbyWatchTimer.setTimerType(Qt::PreciseTimer);
+    d->standbyWatchTimer.setInterval(d->options.standbyPollInterval);
+    connect(&d->standbyWatchTimer, &QTimer::timeout, this, [this] { d->watchStandby(); });
     d->animationTimer.setTimerType(Qt::PreciseTimer);
     d->animationTimer.setInterval(d->options.animationInterval);
     connect(&d->animationTimer, &QTimer::timeout, this, &ProgramPlayoutController::stepAnimations);
     d->ftbBlinkTimer.setInterval(d->options.ftbBlinkInterval);
-    connect(&d->ftbBlinkTimer, &QTimer::timeout, this, [this] { d->ftbBlinkOn = !d->ftbBlinkOn; });
+    connect(&d->ftbBlinkTimer, &QTimer::timeout, this, [this] {
+        d->ftbBlinkOn = !d->ftbBlinkOn;
+        if (d->programPanel)
+            d->programPanel->showFtb(d->ftbBlinkOn);
+    });
 
     if (selection)
         connect(selection, &ItemSelection::selectionChanged, this,
@@ -376,14 +522,20 @@ ProgramPlayoutController::~ProgramPlayoutController()
     if (d->macroPrepareRequest)
         d->endMacroReservation(texts::onAirUnavailable());
     d->tickTimer.stop();
+    d->endTickTimer.stop();
+    d->standbyWatchTimer.stop();
     d->animationTimer.stop();
     d->ftbBlinkTimer.stop();
 }
 
 void ProgramPlayoutController::shutdown()
 {
+    // Document navigation and the DSK animations stop here too once they
+    // exist; the BGM player shuts down with the player.
     d->closing = true;
     d->tickTimer.stop();
+    d->endTickTimer.stop();
+    d->standbyWatchTimer.stop();
     d->animationTimer.stop();
     d->ftbBlinkTimer.stop();
     d->ftbRamp.stop();
@@ -425,7 +577,7 @@ bool ProgramPlayoutController::takeOnAir()
     if (d->preparedTarget && *d->preparedTarget == *target) {
         switch (d->player->standbyStatus()) {
         case PreparationStatus::Ready:
-            return takeTarget(*target, d->manualCrossfadeEnabled, d->manualCrossfadeMs);
+            return takeTarget(*target, d->manualCrossfade(), d->manualCrossfadeDuration());
         case PreparationStatus::Failed:
             d->showError(d->player->standbyError());
             d->queuedTakeItem.reset();
@@ -520,6 +672,7 @@ bool ProgramPlayoutController::takeTarget(const ProgramTarget &target, bool cros
     d->queuedTakeItem.reset();
     d->standbyStatusShown = PreparationStatus::Idle;
     d->clearCueMarks();
+    d->showItemOnPanel(*item, target);
     d->model->setOnAirItem(target.itemId);
     if (generation != d->generation || d->closing)
         return true;
@@ -552,6 +705,7 @@ bool ProgramPlayoutController::takeTarget(const ProgramTarget &target, bool cros
         }
     }
     d->playing = d->stillClock.isValid() ? d->stillClock.isRunning() : d->player->isPlaying();
+    d->showTimes();
     if (d->player->isCrossfadeActive())
         d->startCrossfade(clampFadeMs(durationMs));
     d->automatic = {};
@@ -602,6 +756,8 @@ bool ProgramPlayoutController::offAir()
     d->heldAtEnd = false;
     d->playbackRate = 1.0;
     d->clearCueMarks();
+    d->clearPanel();
+    d->showLevelsOnPlaylist(0.0);
     if (d->model)
         d->model->setOnAirItem(0);
     d->audio->setProgramActive(false);
@@ -628,6 +784,32 @@ bool ProgramPlayoutController::canDeleteItem(quint64 itemId, QString *error) con
     return text.isEmpty();
 }
 
+void ProgramPlayoutController::setProgramPanel(ProgramPanelView *panel)
+{
+    d->programPanel = panel;
+    d->audio->setPanel(panel);
+    if (!panel)
+        return;
+    const std::optional<PlaylistItem> item = d->currentItem();
+    if (!item) {
+        d->clearPanel();
+        return;
+    }
+    if (const std::optional<ProgramTarget> target = d->targetForItem(item->id))
+        d->showItemOnPanel(*item, *target);
+    d->updateRepeatDisplay();
+    d->applyLevels();
+}
+
+void ProgramPlayoutController::setPlaylistPanel(PlaylistPanelView *panel)
+{
+    d->playlistPanel = panel;
+    d->shownLevelItem = 0;
+    d->shownFromLevelItem = 0;
+    if (panel)
+        d->applyLevels();
+}
+
 void ProgramPlayoutController::setAllowSameItemRetake(bool allow) { d->allowSameItemRetake = allow; }
 void ProgramPlayoutController::setAutoSelectNextItem(bool on) { d->autoSelectNextItem = on; }
 
@@ -646,6 +828,8 @@ void ProgramPlayoutController::tick()
     if (d->stillClock.advance(t - std::exchange(d->stillTickMs, t)))
         d->stillEnded = true;
     d->player->poll();
+    // The BGM player is polled here once it exists, and the DSK layer is
+    // serviced after the standby.
     d->serviceStandby();
     d->serviceMacroTransport();
     if (d->programState.itemId() == 0) {
@@ -673,6 +857,7 @@ void ProgramPlayoutController::tick()
         d->remainingMs = std::max<qint64>(0, endMs - position);
         d->checkFadeOut(position, endMs);
         d->prepareAutomatic(position, endMs);
+        d->scheduleEndTick(position, endMs);
     }
 
     QString text;
@@ -681,6 +866,7 @@ void ProgramPlayoutController::tick()
     if (event == ProgramPlayer::Error) {
         d->handleError(text, programAudio);
         d->updateProgramAudio();
+        d->showTimes();
         return;
     }
     if (d->programState.itemId() == 0)
@@ -694,6 +880,9 @@ void ProgramPlayoutController::tick()
         d->finishItem(endMs >= 0 ? endMs : std::max<qint64>(position, 0));
     }
     d->updateProgramAudio();
+    // The model's last played position of a file item is written here once
+    // the model keeps one.
+    d->showTimes();
 }
 
 quint64 ProgramPlayoutController::onAirItemId() const { return d->programState.itemId(); }

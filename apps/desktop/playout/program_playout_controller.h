@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -19,12 +20,22 @@ class ControlStateRegistry;
 class ControllerOperations;
 class ItemSelection;
 class PlaylistModel;
+class PlaylistPanelView;
+class ProgramPanelView;
 class UserInfoCenter;
 
 struct ProgramPlayoutOptions {
     std::chrono::milliseconds tickInterval{100};
     // While the item on air repeats, so that a loop point is met closely.
     std::chrono::milliseconds repeatTickInterval{16};
+    // When the item on air will end before the next tick, one extra tick is
+    // due this long after its end, so that its end of stream is acted on at
+    // once rather than up to a whole tick later.
+    std::chrono::milliseconds endTickMargin{2};
+    // While the standby prepares, its end is looked for this often, so that
+    // a ready item is known (and a queued take taken) without waiting for
+    // the next tick.
+    std::chrono::milliseconds standbyPollInterval{10};
     std::chrono::milliseconds animationInterval{16};
     std::chrono::milliseconds ftbDuration{1000};
     std::chrono::milliseconds ftbBlinkInterval{200};
@@ -72,6 +83,15 @@ public:
     void toggleFtb();
     bool canDeleteItem(quint64 itemId, QString *error = nullptr) const;
 
+    // A PowerPoint conversion asks for the player's slide show sessions:
+    // refused while a PowerPoint item is ON AIR or a hold already runs. When
+    // granted, the conversion's flag is cleared, a slide show on the standby
+    // is released and no PowerPoint item is prepared until the hold ends.
+    bool requestConversionHold(const std::shared_ptr<std::atomic<bool>> &flag, QString *error = nullptr);
+    // Ends the hold; an automatic successor it held back is looked for again.
+    void releaseConversionHold();
+    bool isConversionHeld() const;
+
     // Macro requests. Each returns false with a text when refused; an
     // accepted request is answered exactly once, later, by macroPrepared or
     // macroTransportFinished (at the latest when the controller goes away).
@@ -87,10 +107,16 @@ public:
     // The item the macro has reserved the standby for; 0 for none.
     quint64 macroTargetItemId() const;
 
+    // The panels, connected when they exist; either may be null or go away.
+    // The program panel's audio section goes to the audio controller.
+    void setProgramPanel(ProgramPanelView *panel);
+    void setPlaylistPanel(PlaylistPanelView *panel);
+
     // Settings, pushed in by whoever reads them.
     void setAllowSameItemRetake(bool allow);
     void setAutoSelectNextItem(bool on);
-    // The manual take's crossfade: whether it is on and how long.
+    // The manual take's crossfade: whether it is on and how long; the
+    // playlist panel's, when there is one, stands over this.
     void setManualCrossfade(bool enabled, qint64 durationMs);
 
     // Stops every timer and animation and starts the player's shutdown.

@@ -3,6 +3,7 @@
 #include "playout/linear_ramp.h"
 #include "playout/still_playback_clock.h"
 #include "playout/program_playout_controller.h"
+#include "playout/program_playout_panels.h"
 
 #include "playlist/item_selection.h"
 #include "playlist/playlist_model.h"
@@ -47,6 +48,11 @@ struct ProgramPlayoutController::Impl {
     QPointer<PlaylistModel> model;
     QPointer<ItemSelection> selection;
     QPointer<UserInfoCenter> userInfo;
+    QPointer<ProgramPanelView> programPanel;
+    QPointer<PlaylistPanelView> playlistPanel;
+    // Items whose picture level the playlist panel shows.
+    quint64 shownLevelItem = 0;
+    quint64 shownFromLevelItem = 0;
     ProgramPlayoutOptions options;
 
     PlayoutItemState programState;
@@ -76,6 +82,9 @@ struct ProgramPlayoutController::Impl {
     bool allowSameItemRetake = false;
     bool autoSelectNextItem = false;
     bool selectionGuard = false;
+    // A PowerPoint conversion has reserved the player's slide show sessions.
+    bool documentConversionHold = false;
+    bool conversionRestartNeeded = false;
     bool closing = false;
     bool manualCrossfadeEnabled = false;
     qint64 manualCrossfadeMs = 1000;
@@ -103,6 +112,10 @@ struct ProgramPlayoutController::Impl {
     LinearRamp fadeInRamp;
     LinearRamp fadeOutRamp;
     QTimer tickTimer;
+    QTimer endTickTimer;
+    QTimer standbyWatchTimer;
+    // Extra ticks left for the end of the item on air.
+    int endTicksLeft = 0;
     QTimer animationTimer;
     QTimer ftbBlinkTimer;
     ProgramAudioController *audio = nullptr;
@@ -114,6 +127,7 @@ struct ProgramPlayoutController::Impl {
     std::optional<ProgramTarget> targetForItem(quint64 itemId) const;
     bool isBgmItem(const PlaylistItem &item) const;
     static bool isTimedStill(const PlaylistItem &item);
+    static bool isLiveAudio(const PlaylistItem &item);
     void resumeStill();
     void serviceStillRestore();
     qint64 endMsFor(qint64 durationMs) const;
@@ -126,12 +140,22 @@ struct ProgramPlayoutController::Impl {
     void clearCueMarks();
     void updateRepeatDisplay();
     void scheduleSelectAfter(quint64 itemId);
+    // The manual take's crossfade, from the playlist panel when there is one.
+    bool manualCrossfade() const;
+    qint64 manualCrossfadeDuration() const;
+    // The panel's time fields and transport for the item on air.
+    void showTimes();
+    void showItemOnPanel(const PlaylistItem &item, const ProgramTarget &target);
+    void clearPanel();
+    void showLevelsOnPlaylist(double level);
 
     // Standby.
     void requestTarget(const std::optional<ProgramTarget> &target, bool forced);
     void startRequested();
     void followSelection(bool forced = false);
     void serviceStandby();
+    // Between ticks while a preparation runs.
+    void watchStandby();
     void reportStandbyStatus(PreparationStatus status);
     bool isAutomaticTarget(const ProgramTarget &target) const;
     void onSelectionChanged(bool byOperator);
@@ -150,6 +174,7 @@ struct ProgramPlayoutController::Impl {
 
     // Tick parts.
     void updateTickInterval();
+    void scheduleEndTick(qint64 positionMs, qint64 endMs);
     void applySeekRequest();
     void updatePosition(qint64 positionMs);
     void checkFadeOut(qint64 positionMs, qint64 endMs);

@@ -98,6 +98,10 @@ bool Impl::prepareAutomatic(qint64 positionMs, qint64 durationMs)
     // standby stays the operator's until then.
     if (!repeating && !automatic.armed && durationMs - positionMs > options.preparationWindowMs)
         return false;
+    if (documentConversionHold && candidate && candidate->sourceType == int(PlaylistSourceType::powerpoint)) {
+        conversionRestartNeeded = true;
+        return false;
+    }
     automatic.target = candidate;
     automatic.targetItemId = candidate ? std::optional<quint64>(candidate->itemId) : std::nullopt;
     automatic.requested = true;
@@ -185,6 +189,12 @@ bool Impl::takeRepeat()
     const std::optional<PlaylistItem> item = currentItem();
     const qint64 length = repeatCrossfadeMs(lastEndMs);
     const float startLevel = item && item->settings.fadeIn.enabled ? 0.0f : 1.0f;
+    // The operator's changes to the item's audio survive the loop.
+    if (programPanel) {
+        const ProgramAudioPanel::EqGains eq = programPanel->itemEq();
+        player->setItemDelayFrames(programPanel->itemDelayFrames());
+        player->setItemEq(eq.lowDb, eq.midDb, eq.highDb);
+    }
     int status = 3;
     if (!player->takeStandby(length > 0, startLevel, &status)) {
         failSuccession(texts::repeatNotTaken());
@@ -195,6 +205,8 @@ bool Impl::takeRepeat()
         return false;
     }
     resetFades(item);
+    if (programPanel)
+        player->setItemVolume(programPanel->itemGain());
     if (stillClock.isValid()) {
         stillClock.rewind(true);
         stillTickMs = now();

@@ -18,6 +18,12 @@ void ProgramPlayoutController::Impl::requestTarget(const std::optional<ProgramTa
 {
     if (macroTarget && (!target || *target != *macroTarget))
         endMacroReservation(texts::macroReplaced());
+    if (documentConversionHold && target && target->sourceType == int(PlaylistSourceType::powerpoint)) {
+        // The conversion has the slide show sessions; nothing else changes.
+        if (queuedTakeItem == target->itemId)
+            queuedTakeItem.reset();
+        return;
+    }
     if (target && preparedTarget && *target == *preparedTarget
         && ((!forced && target->sourceType != int(PlaylistSourceType::powerpoint))
             || player->standbyStatus() != PreparationStatus::Failed)) {
@@ -90,6 +96,20 @@ void ProgramPlayoutController::Impl::startRequested()
     preparedTarget = target;
     standbyStatusShown = PreparationStatus::Preparing;
     setCue(target.itemId, PlaylistCueState::Preparing);
+    // The deck starts its preparation on its next poll: now, not a tick later.
+    player->poll();
+    if (options.startTimers && !standbyWatchTimer.isActive())
+        standbyWatchTimer.start();
+}
+
+void ProgramPlayoutController::Impl::watchStandby()
+{
+    if (closing || !preparedTarget || standbyStatusShown != PreparationStatus::Preparing) {
+        standbyWatchTimer.stop();
+        return;
+    }
+    player->poll();
+    serviceStandby();
 }
 
 void ProgramPlayoutController::Impl::followSelection(bool forced)
@@ -122,6 +142,8 @@ void ProgramPlayoutController::Impl::forgetMissingItems()
         requestTarget(std::nullopt, false);
     if (gone(programState.itemId()))
         q->offAir();
+    // A removed document item that was not being converted is told to the
+    // player's PowerPoint sessions here once they exist.
 }
 
 void ProgramPlayoutController::Impl::onSelectionChanged(bool byOperator)
@@ -167,7 +189,7 @@ void ProgramPlayoutController::Impl::reportStandbyStatus(PreparationStatus statu
         if (queuedTakeItem == itemId) {
             const std::optional<ProgramTarget> live = targetForItem(itemId);
             if (live && *live == *preparedTarget)
-                q->takeTarget(*live, manualCrossfadeEnabled, manualCrossfadeMs);
+                q->takeTarget(*live, manualCrossfade(), manualCrossfadeDuration());
         }
         break;
     case PreparationStatus::Failed: {
@@ -176,6 +198,8 @@ void ProgramPlayoutController::Impl::reportStandbyStatus(PreparationStatus statu
             if (const std::optional<PlaylistItem> item = model->item(itemId))
                 model->markFileUnavailable(item->filePath);
         }
+        // A camera item's failure also goes to the UVC device monitor here
+        // once it exists.
         setCue(itemId, PlaylistCueState::Failed, text);
         queuedTakeItem.reset();
         if (automatic.armed && automatic.targetItemId == itemId)

@@ -52,6 +52,18 @@ inline QString bgmModeOnAirFallback() { return QStringLiteral("Items of a BGM pl
 inline QString audioOutputUnavailableFallback() { return QStringLiteral("The program audio output is unavailable."); }
 inline QString audioOutputChangingFallback() { return QStringLiteral("The program audio output is changing. Try again."); }
 inline QString deleteBgmFallback() { return QStringLiteral("The item playing on the BGM player cannot be deleted."); }
+inline QString liveAudioErrorFallback() { return QStringLiteral("Live audio input error: %1"); }
+inline QString nativeOnAirFallback()
+{
+    return QStringLiteral("A PowerPoint slide show is ON AIR. Take it OFF AIR before converting a presentation.");
+}
+inline QString releaseCueFailedFallback()
+{
+    return QStringLiteral("The standby player could not release its PowerPoint slide show for the conversion.");
+}
+
+// PowerPoint conversion hold.
+inline QString conversionHoldUnavailable() { return QStringLiteral("PowerPoint conversion preparation is unavailable."); }
 
 } // namespace tarnix::texts
 

@@ -11,7 +11,11 @@ namespace tarnix {
 
 void ProgramPlayoutController::Impl::applyLevels()
 {
-    player->setVideoLevel(float(std::clamp(fadeInFactor * fadeOutFactor, 0.0, 1.0)));
+    const double level = std::clamp(fadeInFactor * fadeOutFactor, 0.0, 1.0);
+    player->setVideoLevel(float(level));
+    if (programPanel)
+        programPanel->showVideoLevel(level);
+    showLevelsOnPlaylist(level);
 }
 
 bool ProgramPlayoutController::Impl::crossfadeRunning() const
@@ -65,6 +69,8 @@ void ProgramPlayoutController::Impl::finishFtb()
     player->setProgramFade(ftbLevel);
     ftbBlinkTimer.stop();
     ftbBlinkOn = ftbActive;
+    if (programPanel)
+        programPanel->showFtb(ftbActive);
 }
 
 bool ProgramPlayoutController::play()
@@ -161,12 +167,15 @@ bool ProgramPlayoutController::setRate(double rate)
         || (item->mediaType != PlaylistMediaType::video && item->mediaType != PlaylistMediaType::audio)
         || !std::isfinite(rate) || rate <= 0.0)
         return false;
-    if (!d->player->setRate(rate)) {
+    const bool changed = d->player->setRate(rate);
+    if (changed)
+        d->playbackRate = rate;
+    else
         d->showError(texts::rateChangeFailed());
-        return false;
-    }
-    d->playbackRate = rate;
-    return true;
+    // The panel shows the rate that plays, changed or not.
+    if (d->programPanel)
+        d->programPanel->showRate(d->playbackRate, true);
+    return changed;
 }
 
 void ProgramPlayoutController::toggleFtb()
@@ -176,6 +185,8 @@ void ProgramPlayoutController::toggleFtb()
     d->ftbActive = !d->ftbActive;
     d->ftbRamp.start(d->ftbLevel, d->ftbActive ? 1.0 : 0.0, d->options.ftbDuration.count(), d->now());
     d->ftbBlinkOn = true;
+    if (d->programPanel)
+        d->programPanel->showFtb(true);
     if (d->options.startTimers)
         d->ftbBlinkTimer.start();
     d->ensureAnimating();
