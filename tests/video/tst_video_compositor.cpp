@@ -172,6 +172,31 @@ private:
     std::atomic<bool> *m_release;
 };
 
+// The colour of a sample's first RGBA pixel; takes the sample.
+QColor firstPixel(GstSample *sample)
+{
+    if (!sample)
+        return QColor();
+    QColor colour;
+    GstMapInfo map;
+    if (gst_buffer_map(gst_sample_get_buffer(sample), &map, GST_MAP_READ)) {
+        colour = QColor(map.data[0], map.data[1], map.data[2]);
+        gst_buffer_unmap(gst_sample_get_buffer(sample), &map);
+    }
+    gst_sample_unref(sample);
+    return colour;
+}
+
+// Pulls the appsink's samples until one of the colour.
+bool pullUntil(GstElement *sink, QColor colour)
+{
+    for (int k = 0; k < 4; ++k) {
+        if (firstPixel(gst_app_sink_try_pull_sample(GST_APP_SINK(sink), 5 * GST_SECOND)) == colour)
+            return true;
+    }
+    return false;
+}
+
 // Releases every clock wait due at the test clock's current time, until the
 // frame source and the clock sink both wait for a later time.
 bool settle(GstTestClock *clock)
@@ -295,21 +320,21 @@ private slots:
         deck.push(Qt::red);
         QTRY_COMPARE_WITH_TIMEOUT(compositor.slotFramesReceived(0), quint64(1), 5000);
         QVERIFY(compositor.freeze(ProgramGpuCompositor::kDeckSlotA, 100ms));
+        // The frame reached the sink and stayed there. The first frame comes
+        // as preroll and again as a sample; a sample that arrived after the
+        // freeze waits in the sink before it.
         deck.push(Qt::blue);
-        GstSample *direct = gst_app_sink_try_pull_sample(GST_APP_SINK(deck.sink), 5 * GST_SECOND);
-        QVERIFY(direct); // the frame reached the sink and stayed there
-        gst_sample_unref(direct);
+        QVERIFY(pullUntil(deck.sink, Qt::blue));
         QCOMPARE(compositor.slotFramesReceived(0), quint64(1));
         compositor.setFrameUpdates(ProgramGpuCompositor::kDeckSlotA, true);
         deck.push(Qt::green);
         QTRY_COMPARE_WITH_TIMEOUT(compositor.slotFramesReceived(0), quint64(2), 5000);
+        QCOMPARE(firstPixel(compositor.latestSample(0)), QColor(Qt::green));
 
         // A deck's hold during preroll keeps the frame just the same.
         compositor.setLayerHold(0, true);
         deck.push(Qt::yellow);
-        direct = gst_app_sink_try_pull_sample(GST_APP_SINK(deck.sink), 5 * GST_SECOND);
-        QVERIFY(direct);
-        gst_sample_unref(direct);
+        QVERIFY(pullUntil(deck.sink, Qt::yellow));
         QCOMPARE(compositor.slotFramesReceived(0), quint64(2));
         compositor.setLayerHold(0, false);
         deck.push(Qt::cyan);
@@ -354,6 +379,97 @@ private slots:
         QVERIFY(sawBlue);
     }
 
+    // A frame whose inputs did not change repeats the last picture: it is
+    // rendered and presented, but neither composed nor drawn again. Any
+    // change of what the picture is made of composes the next frame.
+    void repeatsWhatDidNotChange_data()
+    {
+        QTest::addColumn<int>("change");
+        QTest::addColumn<QColor>("expected");
+        QTest::newRow("new deck frame") << 0 << QColor(Qt::blue);
+        QTest::newRow("layers") << 1 << QColor(Qt::green);
+        QTest::newRow("group opacity") << 2 << QColor(Qt::green);
+        QTest::newRow("fade to black") << 3 << QColor(Qt::green);
+        QTest::newRow("background under an opaque deck") << 4 << QColor(Qt::red);
+        QTest::newRow("same deck frame again") << 5 << QColor(Qt::red);
+    }
+
+    void repeatsWhatDidNotChange()
+    {
+        QFETCH(int, change);
+        QFETCH(QColor, expected);
+        GstClock *clock = gst_test_clock_new();
+        const auto unrefClock = qScopeGuard([clock] { gst_object_unref(clock); });
+        ProgramCompositorOptions options = smallOptions();
+        options.clock = clock;
+        ProgramGpuCompositor compositor(options);
+        FrameLog log;
+        compositor.setFrameTap(log.tap());
+        compositor.setBackground(qRgb(0, 255, 0));
+        QVERIFY(compositor.start());
+        QVERIFY(settle(GST_TEST_CLOCK(clock)));
+        LayerSource deck(kWidth, kHeight);
+        QVERIFY(compositor.connectDeck(0, deck.pipeline, deck.sink));
+        QVERIFY(compositor.setProgramLayers(0, 1.0f, -1, 0.0f));
+        deck.push(Qt::red);
+        QTRY_VERIFY_WITH_TIMEOUT(compositor.hasFrame(0), 5000);
+
+        int tick = 0;
+        auto nextFrame = [&] {
+            gst_test_clock_set_time(GST_TEST_CLOCK(clock), gst_util_uint64_scale(++tick, GST_SECOND, 60));
+            return settle(GST_TEST_CLOCK(clock));
+        };
+        auto presenterCaughtUp = [&] {
+            return QTest::qWaitFor([&] { return compositor.lastPresentedSequence() == compositor.renderCount(); },
+                                   5000);
+        };
+        QVERIFY(nextFrame());
+        QCOMPARE(log.lastColour(), QColor(Qt::red));
+        QVERIFY(presenterCaughtUp());
+        const quint64 composed = compositor.compositionCount();
+        const quint64 drawn = compositor.drawCount();
+        const quint64 presented = compositor.presentCount();
+        const quint64 rendered = compositor.renderCount();
+
+        for (int k = 0; k < 5; ++k)
+            QVERIFY(nextFrame());
+        QVERIFY(presenterCaughtUp());
+        QCOMPARE(compositor.renderCount(), rendered + 5);
+        QCOMPARE(compositor.compositionCount(), composed);
+        QCOMPARE(compositor.drawCount(), drawn);
+        QVERIFY(compositor.presentCount() > presented);
+        QCOMPARE(log.lastColour(), QColor(Qt::red));
+
+        const quint64 received = compositor.slotFramesReceived(0);
+        switch (change) {
+        case 0:
+            deck.push(Qt::blue);
+            QTRY_VERIFY_WITH_TIMEOUT(compositor.slotFramesReceived(0) > received, 5000);
+            break;
+        case 1:
+            QVERIFY(compositor.setProgramLayers(-1, 0.0f, -1, 0.0f));
+            break;
+        case 2:
+            compositor.setGroupOpacity(0.0f);
+            break;
+        case 3:
+            compositor.setFadeToBlack(1.0f);
+            break;
+        case 4:
+            compositor.setBackground(qRgb(0, 0, 255));
+            break;
+        case 5:
+            QVERIFY(compositor.setProgramLayers(0, 1.0f, -1, 0.0f));
+            compositor.setGroupOpacity(1.0f);
+            break;
+        }
+        QVERIFY(nextFrame());
+        QCOMPARE(log.lastColour(), expected);
+        QCOMPARE(compositor.compositionCount(), composed + (change == 5 ? 0 : 1));
+        QVERIFY(presenterCaughtUp());
+        QCOMPARE(compositor.drawCount(), drawn + (change == 5 ? 0 : 1));
+    }
+
     // With an injected clock, each released frame time renders exactly one
     // frame; a presenter at 20 Hz neither holds the compositor back nor
     // falls behind the newest frame.
@@ -376,6 +492,9 @@ private slots:
         QCOMPARE(compositor.renderCount(), quint64(1));
         constexpr int kFrames = 30;
         for (int k = 1; k <= kFrames; ++k) {
+            // A new picture every frame: a repeated one would cost the
+            // presenter nothing.
+            compositor.setBackground(qRgb(k, 0, 0));
             gst_test_clock_set_time(GST_TEST_CLOCK(clock), gst_util_uint64_scale(k, GST_SECOND, 60));
             QVERIFY(settle(GST_TEST_CLOCK(clock)));
             QCOMPARE(compositor.renderCount(), quint64(k + 1));

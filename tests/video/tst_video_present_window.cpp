@@ -5,6 +5,7 @@
 #include "video/program_output_widget.h"
 
 #include <QApplication>
+#include <QWidget>
 #include <QScreen>
 #include <QWindow>
 #include <QtTest>
@@ -110,6 +111,87 @@ private slots:
             },
             10000);
         QVERIFY2(filled, qPrintable(where));
+        QString message;
+        QVERIFY(!compositor.poll(&message));
+        QVERIFY(compositor.stop());
+    }
+
+    // The presenter does not draw a picture the window already shows; a
+    // window that was covered and lost its contents is drawn again on its
+    // expose, with no new frame and long before the periodic repaint.
+    void uncoveredWindowIsRepainted_data()
+    {
+        QTest::addColumn<bool>("asChildWidget");
+        QTest::newRow("plain window") << false;
+        QTest::newRow("output widget in a window") << true;
+    }
+
+    void uncoveredWindowIsRepainted()
+    {
+        QFETCH(bool, asChildWidget);
+        QWindow plainWindow;
+        QWidget parent;
+        ProgramOutputWidget output(&parent);
+        if (asChildWidget) {
+            parent.setGeometry(QRect(QPoint(20, 20), QSize(kWidth + 40, kHeight + 40)));
+            output.setGeometry(QRect(QPoint(20, 20), QSize(kWidth, kHeight)));
+            parent.show();
+        } else {
+            plainWindow.setGeometry(QRect(QPoint(40, 40), QSize(kWidth, kHeight)));
+            plainWindow.show();
+        }
+        QWindow &window = asChildWidget ? *output.outputWindow() : plainWindow;
+        QTRY_VERIFY_WITH_TIMEOUT(window.isExposed(), 5000);
+
+        ProgramCompositorOptions options;
+        options.width = kWidth;
+        options.height = kHeight;
+        options.programWindow = &window;
+        options.timings.repaint = std::chrono::minutes(10);
+        ProgramGpuCompositor compositor(options);
+        QVERIFY(compositor.start());
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                compositor.poll();
+                return compositor.state() != ProgramGpuCompositor::State::Starting;
+            },
+            10000));
+        const QColor colour(0x30, 0xc0, 0x50);
+        LayerSource deck(kWidth, kHeight);
+        QVERIFY(compositor.connectDeck(0, deck.pipeline, deck.sink));
+        QVERIFY(compositor.setProgramLayers(0, 1.0f, -1, 0.0f));
+        deck.push(colour);
+        QString where;
+        auto shows = [&](QColor expected) {
+            return QTest::qWaitFor(
+                [&] {
+                    compositor.poll();
+                    const QImage shot = window.screen()->grabWindow(window.winId()).toImage();
+                    return filledWith(shot, expected, &where);
+                },
+                10000);
+        };
+        QVERIFY2(shows(colour), qPrintable(where));
+        const quint64 draws = compositor.drawCount();
+        const quint64 presents = compositor.presentCount();
+        QTRY_VERIFY_WITH_TIMEOUT(compositor.presentCount() > presents + 10, 5000);
+        QCOMPARE(compositor.drawCount(), draws); // the same picture, not drawn again
+
+        {
+            QWidget cover;
+            cover.setWindowFlags(Qt::FramelessWindowHint);
+            cover.setStyleSheet(QStringLiteral("background: #ff00ff"));
+            cover.setGeometry(QRect(window.mapToGlobal(QPoint(0, 0)), window.size()));
+            cover.show();
+            QVERIFY(QTest::qWaitForWindowExposed(&cover));
+            QTRY_VERIFY_WITH_TIMEOUT(
+                cover.grab().toImage().pixelColor(2, 2) == QColor(0xff, 0x00, 0xff)
+                    && window.screen()->grabWindow(window.winId()).toImage().pixelColor(2, 2)
+                           == QColor(0xff, 0x00, 0xff),
+                5000);
+        }
+        QVERIFY2(shows(colour), qPrintable(where));
+        QVERIFY(compositor.drawCount() > draws);
         QString message;
         QVERIFY(!compositor.poll(&message));
         QVERIFY(compositor.stop());

@@ -358,6 +358,8 @@ public:
             std::vector<quint8>().swap(m_layer);
     }
 
+    bool transparentLayerWanted() const override { return m_layerWanted; }
+
     const quint8 *transparentLayer() const override
     {
         return m_layerWanted ? m_layer.data() : nullptr;

@@ -2,6 +2,7 @@
 
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
+#include "video/program_frame_memories.h"
 #include "video/program_layer_slot.h"
 #include "video/program_monitor_widget.h"
 #include "video/program_overlay_element.h"
@@ -27,15 +28,19 @@
 namespace tarnix {
 namespace {
 
-// The frame clock: a live black source at 60/1 paced by a synchronised
-// fakesink, our overlay rendering into each frame, and a monitor branch that
-// drops what it cannot show and converts to the monitor's size on its own
-// streaming thread. The clock sink does no work, so it claims no processing
-// deadline: the picture is not held back by a latency nobody needs.
+// The frame clock: a live source at 60/1 paced by a synchronised fakesink,
+// our overlay making the program frame of each tick, and a monitor branch
+// that drops what it cannot show and converts to the monitor's size on its
+// own streaming thread. The source's ticks are tiny: nobody looks at their
+// pixels, so painting a program-sized frame per tick would be wasted. The
+// clock sink does no work, so it claims no processing deadline: the picture
+// is not held back by a latency nobody needs.
 constexpr char kPipelineDescription[] =
     "videotestsrc is-live=true pattern=black ! "
+    "video/x-raw,format=BGRA,width=16,height=16,pixel-aspect-ratio=1/1,framerate=60/1 ! "
+    "tarnixprogramoverlay name=program-gpu-overlay ! "
     "video/x-raw,format=BGRA,width=%1,height=%2,pixel-aspect-ratio=1/1,framerate=60/1 ! "
-    "tarnixprogramoverlay name=program-gpu-overlay ! tee name=program-gpu-tee "
+    "tee name=program-gpu-tee "
     "program-gpu-tee. ! queue name=program-gpu-clock-queue max-size-buffers=1 max-size-bytes=0 "
     "max-size-time=0 ! fakesink name=program-gpu-clock-sink sync=true enable-last-sample=false "
     "processing-deadline=0 "
@@ -54,11 +59,54 @@ constexpr char kNoMonitorTail[] =
 // The monitor shows at most 30 frames a second.
 constexpr GstClockTime kMonitorMinimumGap = 33333333;
 
+// Program frames in flight at most: the two queues with what their sinks
+// hold, the presenter's mailbox and the frame it shows, the frame repeated.
+constexpr int kFrameBlocks = 16;
+// What one deck on air keeps in use: made at start, the rest when needed.
+constexpr int kFrameBlocksAtStart = 5;
+
 struct Selection {
     int first = -1;
     float firstOpacity = 0.0f;
     int second = -1;
     float secondOpacity = 0.0f;
+    bool operator==(const Selection &) const = default;
+};
+
+// Everything a program frame is made of. Two ticks with equal inputs give
+// the same picture, so the second repeats the first frame's block.
+struct FrameInputs {
+    Selection decks;
+    Selection overlays;
+    float groupOpacity = 1.0f;
+    float fadeToBlack = 0.0f;
+    quint32 background = 0;
+    bool transparentLayer = false;
+    // Per place (deck first, deck second, DSK first, DSK second): the
+    // slot's generation of the sample drawn, and whether there was one.
+    std::array<quint64, 4> generations{};
+    std::array<bool, 4> sampled{};
+    bool operator==(const FrameInputs &) const = default;
+};
+
+// Tells the presenter when the program window lost its contents.
+class ExposeWatcher final : public QObject
+{
+public:
+    explicit ExposeWatcher(ProgramPresenter *presenter)
+        : m_presenter(presenter)
+    {
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::Expose || event->type() == QEvent::Show)
+            m_presenter->requestRepaint();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    ProgramPresenter *m_presenter;
 };
 
 bool validLayerIndex(int index)
@@ -163,10 +211,17 @@ struct ProgramGpuCompositor::Impl {
 
     // Streaming thread only, after start.
     std::unique_ptr<ProgramRenderer> renderer;
+    std::unique_ptr<ProgramFrameMemories> frameBlocks;
     FrameTap tap;
     GstClockTime lastDeckPts = GST_CLOCK_TIME_NONE; // of the first deck drawn
+    FrameInputs lastInputs;
+    GstMemory *lastBlock = nullptr; // the last frame's block, owned by frameBlocks
+    quint64 lastPicture = 0;
+    qint64 lastPresentedPts = -1;
+    bool blocksExhausted = false;
 
     std::unique_ptr<ProgramPresenter> presenter;
+    std::unique_ptr<ExposeWatcher> exposeWatcher;
     GstElement *pipeline = nullptr;
     GstElement *overlay = nullptr;
     GstElement *monitorCaps = nullptr;
@@ -192,6 +247,7 @@ struct ProgramGpuCompositor::Impl {
     QString busError;
 
     std::atomic<quint64> renders{0};
+    std::atomic<quint64> composed{0};
     std::atomic<quint64> freshRenders{0};
     std::atomic<quint64> ticks{0};
 
@@ -204,7 +260,7 @@ struct ProgramGpuCompositor::Impl {
     bool fatal() const { return rendererFailed.load() || presenterFailed.load(); }
 
     bool connectSlot(int slot, GstElement *pipelineOfSink, GstElement *appsink);
-    void draw(const ProgramOverlayFrame &frame);
+    GstBuffer *produce(const ProgramOverlayTick &tick);
     void onMonitorSample(GstAppSink *sink);
     GstPadProbeReturn monitorRateProbe(GstPadProbeInfo *info);
     void updateWindowState();
@@ -232,94 +288,150 @@ bool ProgramGpuCompositor::Impl::connectSlot(int slot, GstElement *pipelineOfSin
     return target.connect(pipelineOfSink, appsink);
 }
 
-void ProgramGpuCompositor::Impl::draw(const ProgramOverlayFrame &frame)
+GstBuffer *ProgramGpuCompositor::Impl::produce(const ProgramOverlayTick &tick)
 {
     ticks.fetch_add(1, std::memory_order_relaxed);
-    if (fatal() || !renderer)
-        return;
+    if (fatal() || !renderer || !frameBlocks || tick.width != renderer->width()
+        || tick.height != renderer->height())
+        return nullptr;
 
-    Selection decks;
-    Selection overlays;
+    FrameInputs inputs;
     {
         std::lock_guard lock(programMutex);
-        decks = program;
+        inputs.decks = program;
     }
     {
         std::lock_guard lock(dskMutex);
-        overlays = dsk;
+        inputs.overlays = dsk;
     }
+    inputs.groupOpacity = groupOpacity.load(std::memory_order_relaxed);
+    inputs.fadeToBlack = fadeToBlack.load(std::memory_order_relaxed);
+    inputs.background = background.load(std::memory_order_relaxed);
+    inputs.transparentLayer = renderer->transparentLayerWanted();
 
-    ProgramFrameJob job;
-    job.groupOpacity = groupOpacity.load(std::memory_order_relaxed);
-    job.fadeToBlack = fadeToBlack.load(std::memory_order_relaxed);
-    job.background = background.load(std::memory_order_relaxed);
-
-    std::array<MappedLayer, 4> layers; // deck first, deck second, DSK first, DSK second
+    const Selection &decks = inputs.decks;
+    const Selection &overlays = inputs.overlays;
     const std::array<std::pair<int, float>, 4> wanted{{{decks.first, decks.firstOpacity},
                                                        {decks.second, decks.secondOpacity},
                                                        {overlays.first, overlays.firstOpacity},
                                                        {overlays.second, overlays.secondOpacity}}};
-    QString error;
-    std::array<bool, 2> dskFailed{false, false};
-    GstSample *deckSample = nullptr;
+    std::array<GstSample *, 4> samples{};
     GstClockTime deckPts = GST_CLOCK_TIME_NONE;
+    bool deckSampled = false;
     for (int place = 0; place < 4; ++place) {
         const auto [index, opacity] = wanted[place];
         if (index < 0 || opacity <= 0.0f)
             continue;
         const bool isDeck = place < 2;
-        GstSample *sample = layerSlots[isDeck ? index : 2 + index].latestSample();
-        if (!sample)
-            continue;
-        if (!layers[place].map(sample, isDeck ? renderer->width() : 0,
-                               isDeck ? renderer->height() : 0, &error)) {
-            if (isDeck) {
-                rendererFailed.store(true);
-                qCWarning(lcVideo()).noquote() << error;
-                qCWarning(lcVideo()).noquote() << program_text::kRendererFailed;
-                return;
-            }
-            dskFailed[place - 2] = true;
-            qCWarning(lcVideo()).noquote() << error;
-            continue;
-        }
-        ProgramLayerDraw &draw = isDeck ? job.decks[place] : job.dsks[place - 2];
-        draw.image = &layers[place].image;
-        draw.opacity = opacity;
-        if (isDeck && !deckSample) {
-            deckSample = sample;
-            deckPts = GST_BUFFER_PTS(gst_sample_get_buffer(sample));
+        samples[place] = layerSlots[isDeck ? index : 2 + index].latestSample(&inputs.generations[place]);
+        inputs.sampled[place] = samples[place] != nullptr;
+        if (isDeck && samples[place] && !deckSampled) {
+            deckSampled = true;
+            deckPts = GST_BUFFER_PTS(gst_sample_get_buffer(samples[place]));
         }
     }
 
-    const ProgramFrameTarget target{frame.pixels, frame.width, frame.height, frame.stride};
-    const ProgramRenderOutcome outcome = renderer->render(job, target);
-    if (!outcome.ok) {
-        rendererFailed.store(true);
-        qCWarning(lcVideo()).noquote() << outcome.error;
-        qCWarning(lcVideo()).noquote() << program_text::kRendererFailed;
-        return;
-    }
-    if (outcome.dskFailed[0] || outcome.dskFailed[1] || dskFailed[0] || dskFailed[1]) {
-        // A broken overlay goes away; the program continues.
-        {
-            std::lock_guard lock(dskMutex);
-            dsk = Selection();
+    // Nothing changed since the last frame: its block is this frame too.
+    GstMemory *block = nullptr;
+    if (!lastBlock || !(inputs == lastInputs)) {
+        block = frameBlocks->acquireFree();
+        if (!block && !blocksExhausted) {
+            blocksExhausted = true;
+            qCWarning(lcVideo()).noquote()
+                << "Program frames are all in use; the last frame is repeated until one is free.";
         }
-        dskFaulted.store(true);
-        qCWarning(lcVideo()).noquote() << "Program DSK layer could not be drawn; it was taken off the program.";
+    }
+    if (!block) {
+        for (GstSample *sample : samples) {
+            if (sample)
+                gst_sample_unref(sample);
+        }
+        if (!lastBlock)
+            return nullptr;
+    } else {
+        // Each mapped layer owns its sample from here on.
+        std::array<MappedLayer, 4> layers; // deck first, deck second, DSK first, DSK second
+        ProgramFrameJob job;
+        job.groupOpacity = inputs.groupOpacity;
+        job.fadeToBlack = inputs.fadeToBlack;
+        job.background = inputs.background;
+        QString error;
+        std::array<bool, 2> dskFailed{false, false};
+        bool deckFailed = false;
+        for (int place = 0; place < 4; ++place) {
+            if (!samples[place])
+                continue;
+            const bool isDeck = place < 2;
+            if (deckFailed) {
+                layers[place].sample = samples[place];
+                continue;
+            }
+            if (!layers[place].map(samples[place], isDeck ? renderer->width() : 0,
+                                   isDeck ? renderer->height() : 0, &error)) {
+                if (isDeck) {
+                    deckFailed = true;
+                    continue;
+                }
+                dskFailed[place - 2] = true;
+                qCWarning(lcVideo()).noquote() << error;
+                continue;
+            }
+            ProgramLayerDraw &draw = isDeck ? job.decks[place] : job.dsks[place - 2];
+            draw.image = &layers[place].image;
+            draw.opacity = wanted[place].second;
+        }
+
+        GstMapInfo map{};
+        if (!deckFailed && !gst_memory_map(block, &map, GST_MAP_WRITE)) {
+            deckFailed = true;
+            error = QStringLiteral("Could not map a program frame for writing");
+        }
+        if (deckFailed) {
+            rendererFailed.store(true);
+            qCWarning(lcVideo()).noquote() << error;
+            qCWarning(lcVideo()).noquote() << program_text::kRendererFailed;
+            return nullptr;
+        }
+        const ProgramFrameTarget target{map.data, tick.width, tick.height, tick.width * 4};
+        const ProgramRenderOutcome outcome = renderer->render(job, target);
+        gst_memory_unmap(block, &map);
+        if (!outcome.ok) {
+            rendererFailed.store(true);
+            qCWarning(lcVideo()).noquote() << outcome.error;
+            qCWarning(lcVideo()).noquote() << program_text::kRendererFailed;
+            return nullptr;
+        }
+        if (outcome.dskFailed[0] || outcome.dskFailed[1] || dskFailed[0] || dskFailed[1]) {
+            // A broken overlay goes away; the program continues.
+            {
+                std::lock_guard lock(dskMutex);
+                dsk = Selection();
+            }
+            dskFaulted.store(true);
+            qCWarning(lcVideo()).noquote() << "Program DSK layer could not be drawn; it was taken off the program.";
+        }
+        lastBlock = block;
+        lastInputs = inputs;
+        lastPicture = composed.fetch_add(1, std::memory_order_relaxed) + 1;
+        lastPresentedPts = GST_CLOCK_TIME_IS_VALID(deckPts) ? qint64(deckPts) : -1;
     }
 
     const quint64 sequence = renders.fetch_add(1, std::memory_order_relaxed) + 1;
-    if (deckSample && GST_CLOCK_TIME_IS_VALID(deckPts) && deckPts != lastDeckPts)
+    if (deckSampled && GST_CLOCK_TIME_IS_VALID(deckPts) && deckPts != lastDeckPts)
         freshRenders.fetch_add(1, std::memory_order_relaxed);
     lastDeckPts = deckPts;
 
-    const qint64 presentedPts = GST_CLOCK_TIME_IS_VALID(deckPts) ? qint64(deckPts) : -1;
-    if (!presenter->publish(frame.pixels, frame.stride, presentedPts))
+    GstBuffer *frame = ProgramFrameMemories::wrap(lastBlock);
+    if (!presenter->publish(frame, lastPresentedPts, lastPicture))
         presenterFailed.store(true);
-    if (tap)
-        tap(ProgramTapFrame{frame.pixels, frame.width, frame.height, frame.stride, frame.pts, sequence});
+    if (tap) {
+        GstMapInfo map{};
+        if (gst_buffer_map(frame, &map, GST_MAP_READ)) {
+            tap(ProgramTapFrame{map.data, tick.width, tick.height, tick.width * 4, tick.pts, sequence});
+            gst_buffer_unmap(frame, &map);
+        }
+    }
+    return frame;
 }
 
 void ProgramGpuCompositor::Impl::onMonitorSample(GstAppSink *sink)
@@ -472,9 +584,9 @@ void ProgramGpuCompositor::Impl::drainBus()
 
 namespace {
 
-void drawCallback(const ProgramOverlayFrame &frame, gpointer data)
+GstBuffer *produceCallback(const ProgramOverlayTick &tick, gpointer data)
 {
-    static_cast<ProgramGpuCompositor::Impl *>(data)->draw(frame);
+    return static_cast<ProgramGpuCompositor::Impl *>(data)->produce(tick);
 }
 
 GstFlowReturn monitorSampleCallback(GstAppSink *sink, gpointer data)
@@ -543,6 +655,8 @@ bool ProgramGpuCompositor::start(QString *error)
         return refuse(registrationError);
 
     d->renderer = createCpuProgramRenderer(width, height);
+    d->frameBlocks = std::make_unique<ProgramFrameMemories>(gsize(width) * height * 4, kFrameBlocks);
+    d->frameBlocks->reserve(kFrameBlocksAtStart);
     std::unique_ptr<ProgramPresentOutput> output;
     if (d->options.outputFactory)
         output = d->options.outputFactory();
@@ -551,8 +665,13 @@ bool ProgramGpuCompositor::start(QString *error)
     else
         output = createNullPresentOutput();
     d->presenter = std::make_unique<ProgramPresenter>(width, height, std::move(output),
-                                                      d->options.timings.presentTiming);
+                                                      d->options.timings.presentTiming,
+                                                      d->options.timings.repaint);
     d->updateWindowState();
+    if (d->window) {
+        d->exposeWatcher = std::make_unique<ExposeWatcher>(d->presenter.get());
+        d->window->installEventFilter(d->exposeWatcher.get());
+    }
 
     QString monitorTail = QString::fromLatin1(kNoMonitorTail);
     if (d->monitor) {
@@ -594,7 +713,7 @@ bool ProgramGpuCompositor::start(QString *error)
         gst_object_unref(pad);
         gst_object_unref(monitorQueue);
     }
-    setProgramOverlayDraw(d->overlay, drawCallback, d.get());
+    setProgramOverlayProduce(d->overlay, produceCallback, d.get());
     if (d->monitorSink && GST_IS_APP_SINK(d->monitorSink)) {
         GstAppSinkCallbacks monitorCallbacks{};
         monitorCallbacks.new_sample = monitorSampleCallback;
@@ -846,7 +965,7 @@ bool ProgramGpuCompositor::stop()
     if (d->presenter)
         d->presenter->stop();
     if (d->overlay) {
-        setProgramOverlayDraw(d->overlay, nullptr, nullptr);
+        setProgramOverlayProduce(d->overlay, nullptr, nullptr);
         gst_object_unref(d->overlay);
         d->overlay = nullptr;
     }
@@ -870,6 +989,16 @@ bool ProgramGpuCompositor::stop()
 quint64 ProgramGpuCompositor::renderCount() const
 {
     return d->renders.load();
+}
+
+quint64 ProgramGpuCompositor::compositionCount() const
+{
+    return d->composed.load();
+}
+
+quint64 ProgramGpuCompositor::drawCount() const
+{
+    return d->presenter ? d->presenter->draws() : 0;
 }
 
 quint64 ProgramGpuCompositor::presentCount() const

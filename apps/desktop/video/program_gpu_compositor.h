@@ -34,6 +34,9 @@ struct ProgramCompositorTimings {
     // PROGRAM_FPS and PROGRAM_PRESENT_TIMING intervals.
     std::chrono::milliseconds fpsLog{5000};
     std::chrono::milliseconds presentTiming{5000};
+    // A picture the window already shows is drawn again at least this often,
+    // whatever the expose events said.
+    std::chrono::milliseconds repaint{1000};
 };
 
 struct ProgramCompositorOptions {
@@ -66,10 +69,12 @@ struct ProgramTapFrame {
     quint64 sequence = 0;                   // render count
 };
 
-// The ON AIR picture: a live 60/1 frame clock pipeline whose in-place
-// overlay renders the four layers (two decks, two DSK) into each frame,
-// publishes it to the presenter and feeds the in-application monitor. The
-// four layers are one-sample mailboxes fed by the producers' appsinks.
+// The ON AIR picture: a live 60/1 frame clock pipeline whose overlay makes
+// each output frame from the four layers (two decks, two DSK), publishes it
+// to the presenter and feeds the in-application monitor. A frame whose
+// layers and settings did not change since the last one repeats that
+// frame's picture without composing it again; frames travel by reference.
+// The four layers are one-sample mailboxes fed by the producers' appsinks.
 //
 // Threads: every method is for the main thread, except stop() (and the
 // destructor when stop() was not called), which waits for the pipeline's
@@ -151,8 +156,13 @@ public:
     // cannot be disconnected or NULL is not confirmed. Runs once.
     bool stop();
 
-    // Counters of the run.
+    // Counters of the run. A render is an output frame; a composition is a
+    // frame whose picture was made anew, the others repeat the last one
+    // because nothing it is made of changed. A present is a frame shown; a
+    // draw is a present that wrote into the window.
     quint64 renderCount() const;
+    quint64 compositionCount() const;
+    quint64 drawCount() const;
     quint64 presentCount() const;
     quint64 clockTicks() const;
     quint64 publishMisses() const;

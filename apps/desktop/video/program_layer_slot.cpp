@@ -11,6 +11,7 @@ namespace tarnix {
 struct ProgramLayerSlot::State {
     mutable std::mutex sampleMutex;
     GstSample *latest = nullptr; // guarded by sampleMutex
+    quint64 generation = 0;      // guarded by sampleMutex; moves with every change of latest
 
     std::mutex sinkMutex;
     std::condition_variable idle;
@@ -43,11 +44,14 @@ void store(State &state, GstSample *sample)
         std::lock_guard lock(state.sampleMutex);
         previous = state.latest;
         state.latest = sample;
+        // The first buffer of a playing sink comes as preroll and again as
+        // a sample: one frame. The previous sample keeps its buffer alive
+        // here, so equal pointers are the same buffer.
+        if (!previous || gst_sample_get_buffer(previous) != gst_sample_get_buffer(sample)) {
+            ++state.generation;
+            state.framesReceived.fetch_add(1, std::memory_order_relaxed);
+        }
     }
-    // The first buffer of a playing sink comes as preroll and again as a
-    // sample: one frame.
-    if (!previous || gst_sample_get_buffer(previous) != gst_sample_get_buffer(sample))
-        state.framesReceived.fetch_add(1, std::memory_order_relaxed);
     if (previous)
         gst_sample_unref(previous);
 }
@@ -184,9 +188,11 @@ bool ProgramLayerSlot::isStuck() const
     return m_state->stuck.load();
 }
 
-GstSample *ProgramLayerSlot::latestSample() const
+GstSample *ProgramLayerSlot::latestSample(quint64 *generation) const
 {
     std::lock_guard lock(m_state->sampleMutex);
+    if (generation)
+        *generation = m_state->generation;
     return m_state->latest ? gst_sample_ref(m_state->latest) : nullptr;
 }
 
@@ -202,6 +208,8 @@ void ProgramLayerSlot::dropSample()
     {
         std::lock_guard lock(m_state->sampleMutex);
         retained = std::exchange(m_state->latest, nullptr);
+        if (retained)
+            ++m_state->generation;
     }
     if (retained)
         gst_sample_unref(retained);

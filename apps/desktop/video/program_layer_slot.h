@@ -44,8 +44,11 @@ public:
     // True after a disconnect timed out; the slot is never used again.
     bool isStuck() const;
 
-    // A new reference on the newest sample, or null.
-    GstSample *latestSample() const;
+    // A new reference on the newest sample, or null. The generation, read
+    // with it, changes whenever the slot's sample does, so a reader can tell
+    // that it holds the sample it saw last time without comparing pointers
+    // that may have been freed and reused.
+    GstSample *latestSample(quint64 *generation = nullptr) const;
     bool hasFrame() const;
     void dropSample();
 

@@ -1,20 +1,19 @@
 #include "video/program_present_mailbox.h"
 
-#include <cstring>
+#include <utility>
 
 namespace tarnix {
 
-ProgramPresentMailbox::ProgramPresentMailbox(int width, int height)
-    : m_width(width)
-    , m_height(height)
+ProgramPresentMailbox::~ProgramPresentMailbox()
 {
-    for (Entry &entry : m_entries)
-        entry.pixels.resize(std::size_t(width) * height * 4);
+    for (Entry &entry : m_entries) {
+        if (entry.frame.buffer)
+            gst_buffer_unref(entry.frame.buffer);
+    }
 }
 
-bool ProgramPresentMailbox::publish(const quint8 *pixels, int stride, qint64 pts)
+bool ProgramPresentMailbox::publish(GstBuffer *buffer, qint64 pts, quint64 picture)
 {
-    const int rowBytes = m_width * 4;
     for (const int wanted : {int(Empty), int(Published)}) {
         for (int step = 0; step < kEntries; ++step) {
             const int index = (m_writeIndex + step) % kEntries;
@@ -22,15 +21,13 @@ bool ProgramPresentMailbox::publish(const quint8 *pixels, int stride, qint64 pts
             int expected = wanted;
             if (!entry.key.compare_exchange_strong(expected, Writing, std::memory_order_acquire))
                 continue;
-            if (stride == rowBytes) {
-                std::memcpy(entry.pixels.data(), pixels, entry.pixels.size());
-            } else {
-                for (int y = 0; y < m_height; ++y)
-                    std::memcpy(entry.pixels.data() + std::size_t(y) * rowBytes,
-                                pixels + std::size_t(y) * stride, rowBytes);
-            }
-            entry.sequence = m_sequence.fetch_add(1, std::memory_order_relaxed) + 1;
-            entry.pts = pts;
+            // A frame the presenter never took makes room for this one.
+            if (GstBuffer *overwritten = std::exchange(entry.frame.buffer, nullptr))
+                gst_buffer_unref(overwritten);
+            entry.frame.buffer = gst_buffer_ref(buffer);
+            entry.frame.sequence = m_sequence.fetch_add(1, std::memory_order_relaxed) + 1;
+            entry.frame.pts = pts;
+            entry.frame.picture = picture;
             entry.key.store(Published, std::memory_order_release);
             m_writeIndex = (index + 1) % kEntries;
             m_signal.release();
@@ -41,7 +38,7 @@ bool ProgramPresentMailbox::publish(const quint8 *pixels, int stride, qint64 pts
     return false;
 }
 
-bool ProgramPresentMailbox::take(quint64 lastSequence, quint8 *into, Taken *taken)
+bool ProgramPresentMailbox::take(quint64 lastSequence, Frame *taken)
 {
     std::array<bool, kEntries> held{};
     int newest = -1;
@@ -50,20 +47,20 @@ bool ProgramPresentMailbox::take(quint64 lastSequence, quint8 *into, Taken *take
         if (!m_entries[index].key.compare_exchange_strong(expected, Reading, std::memory_order_acquire))
             continue;
         held[index] = true;
-        const quint64 sequence = m_entries[index].sequence;
-        if (sequence > lastSequence && (newest < 0 || sequence > m_entries[newest].sequence))
+        const quint64 sequence = m_entries[index].frame.sequence;
+        if (sequence > lastSequence && (newest < 0 || sequence > m_entries[newest].frame.sequence))
             newest = index;
     }
     if (newest >= 0) {
-        std::memcpy(into, m_entries[newest].pixels.data(), m_entries[newest].pixels.size());
-        if (taken) {
-            taken->sequence = m_entries[newest].sequence;
-            taken->pts = m_entries[newest].pts;
-        }
+        *taken = m_entries[newest].frame;
+        m_entries[newest].frame.buffer = nullptr;
     }
     for (int index = 0; index < kEntries; ++index) {
-        if (held[index])
-            m_entries[index].key.store(Empty, std::memory_order_release);
+        if (!held[index])
+            continue;
+        if (GstBuffer *older = std::exchange(m_entries[index].frame.buffer, nullptr))
+            gst_buffer_unref(older);
+        m_entries[index].key.store(Empty, std::memory_order_release);
     }
     return newest >= 0;
 }

@@ -1,45 +1,53 @@
 #pragma once
 
+#include <gst/gst.h>
+
 #include <QtGlobal>
 
 #include <array>
 #include <atomic>
-#include <memory>
 #include <semaphore>
-#include <vector>
 
 namespace tarnix {
 
 // Eight frames between the compositor and the presenter, newest first.
-// Each entry has an atomic key: 0 empty, 1 published and not yet taken, or
-// held by one side while it copies. The producer takes an empty entry
-// before a waiting one, so the oldest waiting frame is overwritten first;
-// the consumer takes the newest published frame and empties every entry it
-// held. Neither side ever waits on the other.
+// An entry holds a reference on a frame buffer, not a copy: publishing and
+// taking move a pointer. Each entry has an atomic key: 0 empty, 1 published
+// and not yet taken, or held by one side for that move. The producer takes
+// an empty entry before a waiting one, so the oldest waiting frame is
+// overwritten first; the consumer takes the newest published frame and
+// empties every entry it held. Neither side ever waits on the other.
 //
 // Threads: publish() on the compositor's streaming thread only; take(),
 // waitForSignal() on the presenter thread only; wake() from any thread.
+// A buffer dropped by either side is unreferenced on that side's thread.
 class ProgramPresentMailbox
 {
 public:
     static constexpr int kEntries = 8;
 
-    ProgramPresentMailbox(int width, int height);
+    ProgramPresentMailbox() = default;
+    ~ProgramPresentMailbox();
 
-    int width() const { return m_width; }
-    int height() const { return m_height; }
+    ProgramPresentMailbox(const ProgramPresentMailbox &) = delete;
+    ProgramPresentMailbox &operator=(const ProgramPresentMailbox &) = delete;
 
-    // Copies the BGRA frame into a free entry and signals the consumer.
-    // False is a miss: every entry was held by the consumer.
-    bool publish(const quint8 *pixels, int stride, qint64 pts);
-
-    struct Taken {
-        quint64 sequence = 0;
-        qint64 pts = -1;
+    struct Frame {
+        GstBuffer *buffer = nullptr; // packed BGRA of the program size
+        quint64 sequence = 0;        // set by publish()
+        qint64 pts = -1;             // of the deck shown, -1 for none
+        // Frames with the same picture number hold the same picture: the
+        // compositor repeats a frame whose inputs did not change.
+        quint64 picture = 0;
     };
-    // Copies the newest frame published after lastSequence into the tightly
-    // packed buffer (width*height*4 bytes). False when there is none.
-    bool take(quint64 lastSequence, quint8 *into, Taken *taken);
+
+    // Publishes a reference of its own on the buffer and signals the
+    // consumer. False is a miss: every entry was held by the consumer.
+    bool publish(GstBuffer *buffer, qint64 pts, quint64 picture);
+
+    // The newest frame published after lastSequence, with the entry's
+    // reference handed to the caller; false (and nothing) when there is none.
+    bool take(quint64 lastSequence, Frame *taken);
 
     // Blocks until publish() or wake() signalled since the last call.
     void waitForSignal();
@@ -52,13 +60,9 @@ private:
     enum Key : int { Empty = 0, Published = 1, Writing = 2, Reading = 3 };
     struct Entry {
         std::atomic<int> key{Empty};
-        quint64 sequence = 0; // written while held
-        qint64 pts = -1;
-        std::vector<quint8> pixels;
+        Frame frame; // written while held
     };
 
-    int m_width;
-    int m_height;
     std::array<Entry, kEntries> m_entries;
     int m_writeIndex = 0; // producer only
     std::atomic<quint64> m_sequence{0};

@@ -5,7 +5,6 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <vector>
 
 namespace tarnix {
 namespace {
@@ -38,13 +37,14 @@ QString sizeText(QSize size)
 
 ProgramPresenter::ProgramPresenter(int width, int height,
                                    std::unique_ptr<ProgramPresentOutput> output,
-                                   std::chrono::milliseconds timingInterval)
+                                   std::chrono::milliseconds timingInterval,
+                                   std::chrono::milliseconds repaintInterval)
     : m_width(width)
     , m_height(height)
     , m_timingInterval(timingInterval)
+    , m_repaintInterval(repaintInterval)
     , m_output(std::move(output))
     , m_sinkName(m_output ? m_output->sinkName() : QString())
-    , m_mailbox(width, height)
 {
 }
 
@@ -67,12 +67,18 @@ QString ProgramPresenter::failureText() const
     return m_failure;
 }
 
-bool ProgramPresenter::publish(const quint8 *pixels, int stride, qint64 pts)
+bool ProgramPresenter::publish(GstBuffer *frame, qint64 pts, quint64 picture)
 {
     if (m_failed.load())
         return false;
-    m_mailbox.publish(pixels, stride, pts);
+    m_mailbox.publish(frame, pts, picture);
     return true;
+}
+
+void ProgramPresenter::requestRepaint()
+{
+    m_repaint.store(true);
+    m_mailbox.wake();
 }
 
 void ProgramPresenter::setWindowState(const ProgramWindowState &state)
@@ -125,7 +131,14 @@ void ProgramPresenter::run()
                .arg(ProgramPresentMailbox::kEntries);
     m_ready.store(true);
 
-    std::vector<quint8> latest(std::size_t(m_width) * m_height * 4);
+    // The frame shown last, referenced until a newer one replaces it, and
+    // what the window showed when it was last drawn into.
+    GstBuffer *latest = nullptr;
+    quint64 latestPicture = 0;
+    quint64 drawnPicture = 0;
+    QSize drawnWindow;
+    bool drawnExposed = false;
+    QElapsedTimer sinceDraw;
     qint64 lastShownPts = -1;
     QElapsedTimer interval;
     interval.start();
@@ -173,10 +186,17 @@ void ProgramPresenter::run()
         ++loops;
 
         step.start();
-        ProgramPresentMailbox::Taken taken;
-        const bool newer = m_mailbox.take(m_lastSequence.load(), latest.data(), &taken);
+        ProgramPresentMailbox::Frame taken;
+        const bool newer = m_mailbox.take(m_lastSequence.load(), &taken);
+        const bool repaintAsked = m_repaint.exchange(false);
+        if (newer) {
+            if (latest)
+                gst_buffer_unref(latest);
+            latest = taken.buffer;
+            latestPicture = taken.picture;
+        }
         consumeTimes.add(step.nsecsElapsed() / 1e6);
-        if (!newer) {
+        if (!newer && (!repaintAsked || !latest)) {
             ++misses;
             continue;
         }
@@ -186,21 +206,47 @@ void ProgramPresenter::run()
             window = m_window;
         }
         step.start();
-        if (!m_output->present(latest.data(), m_width, m_height, window.size, &error)) {
-            fail(error);
-            break;
+        const bool windowShowsIt = latestPicture != 0 && latestPicture == drawnPicture
+                                   && window.size == drawnWindow && (drawnExposed || !window.exposed)
+                                   && sinceDraw.isValid() && sinceDraw.elapsed() < m_repaintInterval.count();
+        if (repaintAsked || !windowShowsIt) {
+            GstMapInfo map{};
+            const bool mapped = gst_buffer_map(latest, &map, GST_MAP_READ);
+            if (!mapped || map.size < std::size_t(m_width) * m_height * 4) {
+                if (mapped)
+                    gst_buffer_unmap(latest, &map);
+                fail(QStringLiteral("Program presenter received an unreadable frame"));
+                break;
+            }
+            const bool shown = m_output->present(map.data, m_width, m_height, window.size, &error);
+            gst_buffer_unmap(latest, &map);
+            if (!shown) {
+                fail(error);
+                break;
+            }
+            drawnPicture = latestPicture;
+            drawnWindow = window.size;
+            drawnExposed = window.exposed;
+            sinceDraw.start();
+            m_draws.fetch_add(1);
         }
         presentTimes.add(step.nsecsElapsed() / 1e6);
         ++presents;
-        if (!window.exposed)
+        if (!window.exposed) {
             ++occluded;
+            drawnExposed = false; // what was drawn may be gone when it shows again
+        }
         m_presents.fetch_add(1);
+        if (!newer)
+            continue; // a repaint of the frame already counted
         if (taken.pts >= 0 && taken.pts != lastShownPts)
             m_fresh.fetch_add(1);
         lastShownPts = taken.pts;
         m_lastPts.store(taken.pts);
         m_lastSequence.store(taken.sequence);
     }
+    if (latest)
+        gst_buffer_unref(latest);
     m_output->close();
 }
 

@@ -83,6 +83,7 @@ public:
     // the program over something else ask for it. Off, the renderer may take
     // paths that never build it.
     virtual void setTransparentLayerWanted(bool wanted) = 0;
+    virtual bool transparentLayerWanted() const = 0;
     // The premultiplied BGRA transparent layer of the last render, width*4
     // bytes a row; null when it was not wanted.
     virtual const quint8 *transparentLayer() const = 0;
