@@ -7,7 +7,6 @@
 #include "playlist/playlist_transfer.h"
 #include "playout/dual_deck_player.h"
 #include "playout/dual_deck_program_player.h"
-#include "playout/dual_deck_texts.h"
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
 #include "shell/application_log.h"
@@ -121,35 +120,11 @@ void MainController::Impl::createProgramSide()
         monitor->hide();
     programPlayerAvailable = player->isInitialized();
     if (!programPlayerAvailable)
-        programPlayerError = describePlayerFailure();
+        programPlayerError = player->initializationError();
 
     programPlayout = std::make_unique<ProgramPlayoutController>(
         std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection.get(),
         userInfoCenter.get(), operations.get(), &controlState);
-}
-
-// The player tells only whether it came up; the step that failed is found by
-// looking at what it built, in the order it builds.
-QString MainController::Impl::describePlayerFailure() const
-{
-    if (!dualDeckPlayer)
-        return QStringLiteral("The ON AIR player was not created.");
-    for (int index = 0; index < 2; ++index) {
-        if (!dualDeckPlayer->deck(index))
-            return QStringLiteral("Failed to create Deck %1").arg(index);
-    }
-    ProgramAudioOutput *audio = dualDeckPlayer->audioOutput();
-    if (!audio || !audio->pipeline())
-        return QStringLiteral("Could not create the program audio pipeline.");
-    ProgramGpuCompositor *compositor = dualDeckPlayer->compositor();
-    if (!compositor)
-        return QString::fromLatin1(dual_deck_text::kCompositorStart);
-    QString error;
-    // A compositor starts once; asked again it answers with its first result.
-    if (!compositor->start(&error))
-        return QStringLiteral("%1: %2").arg(QString::fromLatin1(dual_deck_text::kCompositorStart), error);
-    return QStringLiteral("%1 %2").arg(QString::fromLatin1(dual_deck_text::kConnectDeck),
-                                       QString::fromLatin1(dual_deck_text::kConnectDeckTail));
 }
 
 // The settings the existing objects need at start, read once here.

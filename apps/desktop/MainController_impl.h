@@ -85,7 +85,6 @@ struct MainController::Impl {
 
     // MainController.cpp
     void createProgramSide();
-    QString describePlayerFailure() const;
     void pushSettings();
     void pushManualCrossfade();
     void waitForShutdown();

@@ -74,6 +74,12 @@ void TestProgramPlayout::takePressedTwiceWhilePreparingTakesOnce()
     QCOMPARE(state.value("currentDeck").toInt(), 0);
     QCOMPARE(state.value("positionMs").toInteger(), qint64(1200));
     QCOMPARE(state.value("remainingMs").toInteger(), qint64(1800));
+
+    // The item remembers where it was after it leaves the air.
+    QCOMPARE(rig.model.lastPlayedPosition(a), std::optional<qint64>(1200));
+    QVERIFY(rig.controller->offAir());
+    rig.controller->tick();
+    QCOMPARE(rig.model.lastPlayedPosition(a), std::optional<qint64>(1200));
 }
 
 void TestProgramPlayout::sameItemRetakeFollowsTheSetting()

@@ -249,6 +249,7 @@ bool PlaylistModel::removeItem(quint64 itemId)
     d->pending.remove(itemId);
     d->offline.remove(itemId);
     d->repeatProgress.remove(itemId);
+    d->lastPlayedPositions.remove(itemId);
     d->locked.remove(itemId);
     d->availability->bumpGeneration();
     d->clearReferencesTo(itemId);
@@ -417,6 +418,14 @@ bool PlaylistModel::setItemRepeatProgress(quint64 itemId, int count)
     else
         d->repeatProgress.insert(itemId, count);
     emit itemChanged(itemId);
+    return true;
+}
+
+bool PlaylistModel::setItemLastPlayedPosition(quint64 itemId, qint64 positionMs)
+{
+    if (!d->items.contains(itemId) || positionMs < 0)
+        return false;
+    d->lastPlayedPositions.insert(itemId, positionMs);
     return true;
 }
 
@@ -732,6 +741,7 @@ bool PlaylistModel::replaceDocument(const PlaylistDocument &document, QString *e
     d->durations.clear();
     d->pending.clear();
     d->repeatProgress.clear();
+    d->lastPlayedPositions.clear();
     d->documentId = document.documentId;
     d->macros = document.macros;
     d->activePlaylistNumber = document.activePlaylistNumber;
@@ -898,6 +908,12 @@ std::optional<qint64> PlaylistModel::knownDuration(quint64 itemId) const
 }
 
 int PlaylistModel::repeatProgress(quint64 itemId) const { return d->repeatProgress.value(itemId); }
+
+std::optional<qint64> PlaylistModel::lastPlayedPosition(quint64 itemId) const
+{
+    const auto it = d->lastPlayedPositions.constFind(itemId);
+    return it == d->lastPlayedPositions.cend() ? std::nullopt : std::optional<qint64>(*it);
+}
 quint64 PlaylistModel::onAirItemId() const { return d->onAirItem; }
 QString PlaylistModel::onAirMessage() const { return d->onAirMessage; }
 quint64 PlaylistModel::cueItemId() const { return d->cueItem; }

@@ -49,6 +49,9 @@ public:
     bool setItemSeparatorBelow(quint64 itemId, bool on);
     bool setItemSettingsLocked(quint64 itemId, bool locked);
     bool setItemRepeatProgress(quint64 itemId, int count);
+    // Where an item's playback last was, for as long as the model holds the
+    // item; it is not saved. Read on demand, so it emits nothing.
+    bool setItemLastPlayedPosition(quint64 itemId, qint64 positionMs);
     void setItemDuration(quint64 itemId, qint64 durationMs);
 
     // Playlists.
@@ -124,6 +127,7 @@ public:
     bool isLockedForPoints(quint64 itemId) const;
     std::optional<qint64> knownDuration(quint64 itemId) const;
     int repeatProgress(quint64 itemId) const;
+    std::optional<qint64> lastPlayedPosition(quint64 itemId) const;
     quint64 onAirItemId() const;
     QString onAirMessage() const;
     quint64 cueItemId() const;

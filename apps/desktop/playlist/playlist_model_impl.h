@@ -51,6 +51,7 @@ struct PlaylistModel::Impl {
     QHash<quint64, PlaylistPendingState> pending;
     QHash<quint64, qint64> durations;
     QHash<quint64, int> repeatProgress;
+    QHash<quint64, qint64> lastPlayedPositions;
     QHash<qint32, QList<quint64>> order;
     QHash<qint32, Playlist> playlists;
     QList<qint32> playlistOrder;

@@ -71,8 +71,8 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
         QString error;
         engine->decks[index] = DeckSourceSession::create(deckOptions, &error);
         if (!engine->decks[index]) {
-            qCWarning(lcPlayout()).noquote()
-                << QStringLiteral("Failed to create Deck %1:").arg(index) << error;
+            initializationError = QStringLiteral("Failed to create Deck %1: %2").arg(index).arg(error);
+            qCWarning(lcPlayout()).noquote() << initializationError;
             return;
         }
     }
@@ -80,8 +80,11 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
 
     engine->audio = std::make_unique<ProgramAudioOutput>(options.audioTimings);
     if (!engine->audio->create(&Impl::syncHandler, engine.get(), options.audioDevice,
-                               options.audioSinkFactory))
+                               options.audioSinkFactory)) {
+        // The output has logged the step that failed.
+        initializationError = QStringLiteral("Could not create the program audio pipeline.");
         return;
+    }
     // The two DSK decks are created here, after the program audio output.
 
     engine->levelTimeline.setProgramElements(engine->audio->masterLevelElement(),
@@ -108,7 +111,8 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
         engine->compositor->setFrameTap(options.frameTap);
     QString startError;
     if (!engine->compositor->start(&startError)) {
-        qCWarning(lcPlayout()).noquote() << text(dual_deck_text::kCompositorStart) << startError;
+        initializationError = text(dual_deck_text::kCompositorStart) + QStringLiteral(": ") + startError;
+        qCWarning(lcPlayout()).noquote() << initializationError;
         return;
     }
 
@@ -120,8 +124,11 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
         DeckSourceSession *session = engine->decks[index].get();
         session->setPresenter(engine->compositor.get());
         if (!engine->compositor->connectDeck(index, session->playbin(), session->appsink())) {
-            qCWarning(lcPlayout()).noquote() << text(dual_deck_text::kConnectDeck) << index
-                                             << text(dual_deck_text::kConnectDeckTail);
+            initializationError = QStringLiteral("%1 %2 %3")
+                                      .arg(text(dual_deck_text::kConnectDeck))
+                                      .arg(index)
+                                      .arg(text(dual_deck_text::kConnectDeckTail));
+            qCWarning(lcPlayout()).noquote() << initializationError;
             return;
         }
     }
@@ -187,6 +194,11 @@ bool DualDeckPlayer::isInitialized() const
     return d->ready();
 }
 
+QString DualDeckPlayer::initializationError() const
+{
+    return d->initializationError;
+}
+
 bool DualDeckPlayer::isPresenterRunning() const
 {
     return d->engine->compositor && d->engine->compositor->isStarted();
@@ -208,7 +220,12 @@ bool DualDeckPlayer::prepareStandby(const DeckSource &request)
     QString error;
     d->standbyStatus = session->prepare(request, &error);
     d->standbyError = error;
-    return d->standbyStatus != PreparationStatus::Failed;
+    if (d->standbyStatus == PreparationStatus::Failed)
+        return false;
+    // The session starts its worker on a poll: now, not on the caller's next.
+    // What that poll finds is told by standbyStatus(), like any later one.
+    d->pollStandby();
+    return true;
 }
 
 PreparationStatus DualDeckPlayer::standbyStatus() const

@@ -67,6 +67,8 @@ public:
 
     // Every step of creation succeeded; operations refuse until then.
     bool isInitialized() const;
+    // The step that failed and why, for the operator; empty when initialised.
+    QString initializationError() const;
     // The compositor has confirmed its start (poll() follows it).
     bool isPresenterRunning() const;
 

@@ -63,6 +63,8 @@ struct DualDeckPlayer::Impl {
     qint64 stillRestoreStart = 0;
     quint64 stillRestoreFrames = 0;
     bool initialized = false;
+    // Why creation stopped; empty once every step succeeded.
+    QString initializationError;
     bool closing = false;
     bool presenterStopRequested = false;
     bool shutdownStarted = false;

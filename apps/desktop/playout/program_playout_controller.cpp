@@ -161,8 +161,13 @@ void ProgramPlayoutController::Impl::showTimes()
         return;
     }
     const qint64 duration = stillClock.isValid() ? stillClock.outMs() : player->durationMs();
-    // The operator's drag of the seek bar is not overwritten.
-    const qint64 position = programPanel->isSeekDragging() ? -1 : displayedPositionMs;
+    // The operator's drag of the seek bar is not overwritten. Until the deck
+    // reports a position, the item's last played one stands in.
+    qint64 position = displayedPositionMs;
+    if (position < 0 && model)
+        position = model->lastPlayedPosition(item->id).value_or(-1);
+    if (programPanel->isSeekDragging())
+        position = -1;
     programPanel->showTimes(position, duration, remainingMs, false);
 }
 
@@ -880,8 +885,8 @@ void ProgramPlayoutController::tick()
         d->finishItem(endMs >= 0 ? endMs : std::max<qint64>(position, 0));
     }
     d->updateProgramAudio();
-    // The model's last played position of a file item is written here once
-    // the model keeps one.
+    if (d->model && !live && d->displayedPositionMs >= 0)
+        d->model->setItemLastPlayedPosition(d->programState.itemId(), d->displayedPositionMs);
     d->showTimes();
 }
 

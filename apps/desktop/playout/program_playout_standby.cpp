@@ -96,8 +96,6 @@ void ProgramPlayoutController::Impl::startRequested()
     preparedTarget = target;
     standbyStatusShown = PreparationStatus::Preparing;
     setCue(target.itemId, PlaylistCueState::Preparing);
-    // The deck starts its preparation on its next poll: now, not a tick later.
-    player->poll();
     if (options.startTimers && !standbyWatchTimer.isActive())
         standbyWatchTimer.start();
 }
