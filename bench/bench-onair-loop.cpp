@@ -88,58 +88,27 @@ bool runUntil(Condition condition, int limitMs)
 // kGreyBase + kGreyStep * n, written through appsrc.
 bool generateNumberedClip(const QString &path)
 {
-    if (QFile::exists(path))
-        return true;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString partial = path + QStringLiteral(".partial");
-    const QString description =
-        QStringLiteral("appsrc name=src format=time caps=video/x-raw,format=GRAY8,width=320,height=180,framerate=30/1 ! "
-                       "videoconvert ! video/x-raw,format=I420 ! openh264enc gop-size=30 ! h264parse ! mp4mux ! "
-                       "filesink location=\"%1\"")
-            .arg(partial);
-    std::printf("generating %s ...\n", qPrintable(path));
-    GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
-    if (error || !pipeline) {
-        std::fprintf(stderr, "cannot build the generator: %s\n", error ? error->message : "unknown");
-        if (error)
-            g_error_free(error);
-        if (pipeline)
-            gst_object_unref(pipeline);
-        return false;
-    }
-    GstElement *src = gst_bin_get_by_name(GST_BIN(pipeline), "src");
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    for (int n = 0; n < kClipFrames; ++n) {
-        GstBuffer *buffer = gst_buffer_new_allocate(nullptr, 320 * 180, nullptr);
-        GstMapInfo map;
-        gst_buffer_map(buffer, &map, GST_MAP_WRITE);
-        std::memset(map.data, kGreyBase + kGreyStep * n, map.size);
-        gst_buffer_unmap(buffer, &map);
-        GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(n, GST_SECOND, 30);
-        GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale(1, GST_SECOND, 30);
+    const QString body = QStringLiteral(
+        "appsrc name=src format=time caps=video/x-raw,format=GRAY8,width=320,height=180,framerate=30/1 ! "
+        "videoconvert ! video/x-raw,format=I420 ! openh264enc gop-size=30 ! h264parse ! mp4mux");
+    return bench::generateMedia(path, body, [](GstElement *pipeline) {
+        GstElement *src = gst_bin_get_by_name(GST_BIN(pipeline), "src");
+        for (int n = 0; n < kClipFrames; ++n) {
+            GstBuffer *buffer = gst_buffer_new_allocate(nullptr, 320 * 180, nullptr);
+            GstMapInfo map;
+            gst_buffer_map(buffer, &map, GST_MAP_WRITE);
+            std::memset(map.data, kGreyBase + kGreyStep * n, map.size);
+            gst_buffer_unmap(buffer, &map);
+            GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(n, GST_SECOND, 30);
+            GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale(1, GST_SECOND, 30);
+            GstFlowReturn flow = GST_FLOW_OK;
+            g_signal_emit_by_name(src, "push-buffer", buffer, &flow);
+            gst_buffer_unref(buffer);
+        }
         GstFlowReturn flow = GST_FLOW_OK;
-        g_signal_emit_by_name(src, "push-buffer", buffer, &flow);
-        gst_buffer_unref(buffer);
-    }
-    GstFlowReturn flow = GST_FLOW_OK;
-    g_signal_emit_by_name(src, "end-of-stream", &flow);
-    gst_object_unref(src);
-    GstBus *bus = gst_element_get_bus(pipeline);
-    GstMessage *done = gst_bus_timed_pop_filtered(bus, 60 * GST_SECOND,
-                                                  static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(pipeline);
-    if (!ok || !QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        std::fprintf(stderr, "generating %s failed\n", qPrintable(path));
-        return false;
-    }
-    return true;
+        g_signal_emit_by_name(src, "end-of-stream", &flow);
+        gst_object_unref(src);
+    });
 }
 
 // The clip frame each program frame showed (-1: anything else), written on

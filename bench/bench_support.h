@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <vector>
 
 namespace tarnix::bench {
@@ -29,8 +30,10 @@ inline QString zonePlate1080pBody()
 
 // Runs "<body> ! filesink" into a partial file and renames it when the
 // pipeline reached end of stream, so an interrupted run leaves nothing that
-// a later run would take as finished. An existing file is kept.
-inline bool generateMedia(const QString &path, const QString &body)
+// a later run would take as finished. An existing file is kept. feed, when
+// given, runs once the pipeline plays (to push buffers into an appsrc).
+inline bool generateMedia(const QString &path, const QString &body,
+                          const std::function<void(GstElement *pipeline)> &feed = {})
 {
     if (QFile::exists(path))
         return true;
@@ -50,6 +53,8 @@ inline bool generateMedia(const QString &path, const QString &body)
         return false;
     }
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    if (feed)
+        feed(pipeline);
     GstBus *bus = gst_element_get_bus(pipeline);
     GstMessage *done = gst_bus_timed_pop_filtered(
         bus, GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
