@@ -1,5 +1,6 @@
 #include "audio/audio_elements.h"
 #include "pcm_probe.h"
+#include "support/glib_criticals.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/check/gstharness.h>
@@ -93,6 +94,7 @@ class TestAudioBridge : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QVERIFY(registerAudioElements());
     }

@@ -1,6 +1,7 @@
 #include "audio/audio_effects_service.h"
 #include "audio/audio_elements.h"
 #include "pcm_probe.h"
+#include "support/glib_criticals.h"
 
 #include <gst/check/gstharness.h>
 
@@ -113,6 +114,7 @@ class TestAudioElements : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QString error;
         QVERIFY2(registerAudioElements(&error), qPrintable(error));

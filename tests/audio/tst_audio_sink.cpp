@@ -1,5 +1,6 @@
 #include "audio/audio_elements.h"
 #include "audio/tarnix_audio_sink.h"
+#include "support/glib_criticals.h"
 
 #include <gst/check/gstharness.h>
 
@@ -70,6 +71,7 @@ class TestAudioSink : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QString error;
         QVERIFY2(registerAudioElements(&error), qPrintable(error));
@@ -132,11 +134,15 @@ private slots:
     {
         QTest::addColumn<int>("bytes");
         QTest::addColumn<bool>("timestamped");
+        QTest::addColumn<bool>("timeSegment");
         QTest::addColumn<int>("flow");
-        QTest::newRow("whole frames") << 7680 << true << int(GST_FLOW_OK);
-        QTest::newRow("empty") << 0 << true << int(GST_FLOW_OK);
-        QTest::newRow("partial frame") << 7682 << true << int(GST_FLOW_ERROR);
-        QTest::newRow("no timestamp") << 7680 << false << int(GST_FLOW_ERROR);
+        QTest::newRow("whole frames") << 7680 << true << true << int(GST_FLOW_OK);
+        QTest::newRow("empty") << 0 << true << true << int(GST_FLOW_OK);
+        QTest::newRow("partial frame") << 7682 << true << true << int(GST_FLOW_ERROR);
+        QTest::newRow("no timestamp") << 7680 << false << true << int(GST_FLOW_ERROR);
+        // Raw PCM read from a file comes in a byte segment: its timestamps
+        // have no running time.
+        QTest::newRow("byte segment") << 7680 << true << false << int(GST_FLOW_ERROR);
     }
 
     // Only PCM that someone listens to is checked; without a receiver the
@@ -145,10 +151,16 @@ private slots:
     {
         QFETCH(int, bytes);
         QFETCH(bool, timestamped);
+        QFETCH(bool, timeSegment);
         QFETCH(int, flow);
         GstElement *receiver = gst_element_factory_make("tarnixaudiosrc", nullptr);
         QVERIFY(gst_element_set_state(receiver, GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE);
         GstHarness *harness = startedSink();
+        if (!timeSegment) {
+            GstSegment bytes;
+            gst_segment_init(&bytes, GST_FORMAT_BYTES);
+            QVERIFY(gst_harness_push_event(harness, gst_event_new_segment(&bytes)));
+        }
         const GstFlowReturn result = gst_harness_push(
             harness, pcm(bytes, timestamped ? 0 : GST_CLOCK_TIME_NONE));
         gst_harness_teardown(harness);

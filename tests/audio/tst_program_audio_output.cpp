@@ -4,6 +4,7 @@
 #include "pcm_probe.h"
 #include "program_output_probe.h"
 #include "support/captured_warnings.h"
+#include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
 #include <gst/base/gstbasesink.h>
@@ -96,6 +97,7 @@ class TestProgramAudioOutput : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QVERIFY(registerAudioElements());
         // Two seconds of 440 Hz, then two seconds of 880 Hz.

@@ -1,5 +1,6 @@
 #include "dual_deck_fixture.h"
 
+#include "support/glib_criticals.h"
 #include "support/private_pulse_audio.h"
 
 using namespace tarnix;
@@ -17,6 +18,7 @@ class TestDualDeckAudioDevice : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QString error;
         QVERIFY2(m_pulse.start(&error), qPrintable(error));

@@ -2,6 +2,7 @@
 
 #include "shell/pipeline_release.h"
 #include "support/captured_warnings.h"
+#include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
 #include <QElapsedTimer>
@@ -38,7 +39,11 @@ class TestDualDeckPlayer : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     // Cuts alternate the decks: the program shows the new clip within two
     // output frames with nothing between, and the replaced deck's pipeline

@@ -1,5 +1,6 @@
 #include "dual_deck_fixture.h"
 
+#include "support/glib_criticals.h"
 #include "video/private_xvfb.h"
 
 #include <QApplication>
@@ -47,6 +48,7 @@ private slots:
     {
         if (!g_haveDisplay)
             QSKIP("Xvfb is not installed");
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
     }
 

@@ -1,5 +1,6 @@
 #include "playout/deck_source_session.h"
 #include "support/blocking_file_source.h"
+#include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 #include "support/test_paths.h"
 #include "video/deck_frame_mailboxes.h"
@@ -111,7 +112,11 @@ class TestPlayoutDeck : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     void preparesPlayableFiles_data()
     {

@@ -1,6 +1,7 @@
 #include "playout/async_pipeline_stop.h"
 #include "shell/pipeline_release.h"
 #include "support/captured_warnings.h"
+#include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
 #include <QtTest>
@@ -37,7 +38,11 @@ class TestPlayoutRelease : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     void releaseFreesOnlyConfirmedPipelines_data()
     {

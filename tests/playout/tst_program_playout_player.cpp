@@ -9,6 +9,7 @@
 #include "playout/dual_deck_program_player.h"
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
+#include "support/glib_criticals.h"
 
 #include <QEventLoop>
 #include <QTemporaryDir>
@@ -187,7 +188,11 @@ class TestProgramPlayoutPlayer : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
     void repeatThenNextWithoutBackgroundFrames();
     void metersFollowTheAudioAsHeard();
 };

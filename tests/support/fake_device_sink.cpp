@@ -77,6 +77,24 @@ GstFlowReturn fake_device_sink_render(GstBaseSink *, GstBuffer *)
     return GST_FLOW_OK;
 }
 
+// A device that cannot be opened accepts no format at all, as a sound
+// server's sink answers for a device that is not there.
+GstCaps *fake_device_sink_get_caps(GstBaseSink *base, GstCaps *filter)
+{
+    GST_OBJECT_LOCK(base);
+    const gchar *device = reinterpret_cast<FakeDeviceSink *>(base)->device;
+    const bool absent = device && std::strcmp(device, "absent") == 0;
+    GST_OBJECT_UNLOCK(base);
+    if (absent)
+        return gst_caps_new_empty();
+    GstCaps *caps = gst_pad_get_pad_template_caps(GST_BASE_SINK_PAD(base));
+    if (!filter)
+        return caps;
+    GstCaps *result = gst_caps_intersect_full(filter, caps, GST_CAPS_INTERSECT_FIRST);
+    gst_caps_unref(caps);
+    return result;
+}
+
 void fake_device_sink_class_init(FakeDeviceSinkClass *klass)
 {
     GObjectClass *objectClass = G_OBJECT_CLASS(klass);
@@ -93,6 +111,7 @@ void fake_device_sink_class_init(FakeDeviceSinkClass *klass)
     gst_element_class_add_static_pad_template(elementClass, &sinkTemplate);
     elementClass->change_state = fake_device_sink_change_state;
     GST_BASE_SINK_CLASS(klass)->render = fake_device_sink_render;
+    GST_BASE_SINK_CLASS(klass)->get_caps = fake_device_sink_get_caps;
 }
 
 void fake_device_sink_init(FakeDeviceSink *self)

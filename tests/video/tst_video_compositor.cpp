@@ -1,6 +1,7 @@
 #include "layer_source.h"
 
 #include "support/captured_warnings.h"
+#include "support/glib_criticals.h"
 #include "video/program_gpu_compositor.h"
 #include "video/program_layer_slot.h"
 #include "video/program_monitor_widget.h"
@@ -222,7 +223,11 @@ class TestVideoCompositor : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     // A deck on air shows its colour; the background shows without one.
     void composesTheConnectedDeck()

@@ -1,3 +1,4 @@
+#include "support/glib_criticals.h"
 #include "video/deck_frame_mailboxes.h"
 
 #include <gst/app/gstappsink.h>
@@ -59,7 +60,11 @@ class TestVideoDeckFrames : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     void refusesWhatIsNotADeckAppsink()
     {

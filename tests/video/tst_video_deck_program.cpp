@@ -1,4 +1,5 @@
 #include "playout/deck_source_session.h"
+#include "support/glib_criticals.h"
 #include "support/test_paths.h"
 #include "video/program_gpu_compositor.h"
 
@@ -27,7 +28,11 @@ class TestVideoDeckProgram : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     void deckFramesReachTheProgram()
     {

@@ -1,3 +1,4 @@
+#include "support/glib_criticals.h"
 #include "video/program_frame_memories.h"
 #include "video/program_present_mailbox.h"
 #include "video/program_presenter.h"
@@ -63,7 +64,11 @@ class TestVideoFrameHandover : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { gst_init(nullptr, nullptr); }
+    void initTestCase()
+    {
+        tarnix::test::failOnGlibCriticals();
+        gst_init(nullptr, nullptr);
+    }
 
     // The mailbox moves references: a full mailbox overwrites its oldest
     // frames, the consumer gets the newest, and every other reference is

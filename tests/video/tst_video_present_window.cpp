@@ -1,6 +1,7 @@
 #include "layer_source.h"
 #include "private_xvfb.h"
 
+#include "support/glib_criticals.h"
 #include "video/program_gpu_compositor.h"
 #include "video/program_output_widget.h"
 
@@ -45,6 +46,7 @@ private slots:
     {
         if (!g_haveDisplay)
             QSKIP("Xvfb is not installed");
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
     }
 

@@ -31,9 +31,9 @@ struct ProgramAudioDeviceWork {
     std::chrono::milliseconds stateWait{2000};
 };
 
-// Worker body: NULL, new device, PLAYING; on failure of a running output the
-// way back to the old device. Releases the work's references and sets done.
-// Blocks for up to four state waits: never call it on the main thread.
+// Worker body: NULL, new device, a check that the sink accepts audio on it,
+// PLAYING; on failure of a running output the way back to the old device. Releases the work's references and sets done.
+// Blocks for up to five state waits: never call it on the main thread.
 void runProgramAudioDeviceChange(ProgramAudioDeviceWork work,
                                  const std::shared_ptr<ProgramAudioDeviceChange> &change);
 

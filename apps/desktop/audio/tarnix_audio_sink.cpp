@@ -284,8 +284,12 @@ static GstFlowReturn tarnix_audio_sink_render(GstBaseSink *base, GstBuffer *buff
         return GST_FLOW_ERROR;
     }
 
+    // Only a time segment gives a timestamp a running time; raw PCM read from
+    // a file, for one, comes in a byte segment.
     const GstClockTime running =
-        gst_segment_to_running_time(&base->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer));
+        base->segment.format == GST_FORMAT_TIME
+            ? gst_segment_to_running_time(&base->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(buffer))
+            : GST_CLOCK_TIME_NONE;
     const GstClockTime baseTime = gst_element_get_base_time(GST_ELEMENT(self));
     if (!GST_CLOCK_TIME_IS_VALID(running) || !GST_CLOCK_TIME_IS_VALID(baseTime) ||
         running > std::numeric_limits<GstClockTime>::max() - 1 - baseTime) {
