@@ -153,6 +153,9 @@ private slots:
         QVERIFY(!log.filter(QRegularExpression("^OP request id=\\d+ action=OffAir .* source=Remote ")).isEmpty());
         QVERIFY(!log.filter("AUTO PROGRAM").isEmpty());
         QCOMPARE(app.terminate(), 0);
+        // GLib's criticals bypass the log and go to the console.
+        const QString console = app.console();
+        QVERIFY2(!console.contains(QLatin1String("-CRITICAL **")), qPrintable(console));
     }
 
     // SIGTERM while playing ends cleanly and leaves the previous session;
