@@ -1,5 +1,6 @@
 #include "shell/display_activity_guard.h"
 
+#include "shell/dbus_bus_probe.h"
 #include "shell/log_categories.h"
 #include "shell/x11_screen_saver_suspend.h"
 
@@ -9,6 +10,9 @@
 #include <QDBusPendingReply>
 
 #include <algorithm>
+#include <mutex>
+#include <system_error>
+#include <thread>
 
 namespace tarnix {
 
@@ -24,6 +28,11 @@ const QString kLogindInterface = QStringLiteral("org.freedesktop.login1.Manager"
 
 const QString kApplicationName = QStringLiteral("TARNIX");
 const QString kReason = QStringLiteral("Program output on air");
+
+QString busName(QDBusConnection::BusType type)
+{
+    return type == QDBusConnection::SystemBus ? QStringLiteral("system bus") : QStringLiteral("session bus");
+}
 
 QString errorText(const QDBusError &error)
 {
@@ -70,6 +79,15 @@ private:
 
 } // namespace
 
+// What a bus worker shares with the guard. The worker posts its result to the
+// guard only while `guard` is set; the guard clears it under the lock when it
+// goes, and a result already posted dies with the guard's posted events.
+struct DisplayActivityGuard::HandOver
+{
+    std::mutex mutex;
+    DisplayActivityGuard *guard = nullptr;
+};
+
 DisplayActivityGuard::DisplayActivityGuard(QObject *parent)
     : DisplayActivityGuard(Options{}, parent)
 {
@@ -77,32 +95,112 @@ DisplayActivityGuard::DisplayActivityGuard(QObject *parent)
 
 DisplayActivityGuard::DisplayActivityGuard(Options options, QObject *parent)
     : QObject(parent)
-    , m_sessionBus(std::move(options.sessionBus))
-    , m_systemBus(std::move(options.systemBus))
+    , m_handOver(std::make_shared<HandOver>())
     , m_callTimeoutMs(static_cast<int>(std::max<std::chrono::milliseconds::rep>(
           1, options.callTimeout.count())))
 {
+    m_handOver->guard = this;
     if (options.suspendX11ScreenSaver)
         m_x11 = X11ScreenSaverSuspend::forApplication();
 
-    requestScreenSaverInhibit();
-    requestIdleInhibit();
-    if (m_pendingRequests == 0)
-        settle();
+    const std::chrono::milliseconds answerTimeout = options.busAnswerTimeout;
+    auto orProcessBus = [answerTimeout](BusConnector connector, QDBusConnection::BusType type) {
+        if (connector)
+            return connector;
+        return BusConnector([type, answerTimeout] { return connectToProcessBus(type, answerTimeout); });
+    };
+    // Each connect counts as a pending request until its bus is reached.
+    m_pendingRequests = 2;
+    connectInBackground(QDBusConnection::SessionBus,
+                        orProcessBus(std::move(options.sessionBus), QDBusConnection::SessionBus));
+    connectInBackground(QDBusConnection::SystemBus,
+                        orProcessBus(std::move(options.systemBus), QDBusConnection::SystemBus));
 }
 
 DisplayActivityGuard::~DisplayActivityGuard()
 {
+    {
+        // After this no worker posts to us; what was posted already is
+        // removed with this object's events.
+        std::lock_guard lock(m_handOver->mutex);
+        m_handOver->guard = nullptr;
+    }
     if (m_screenSaverCookie) {
-        sendUnInhibit(m_sessionBus, *m_screenSaverCookie);
+        sendUnInhibit(*m_sessionBus, *m_screenSaverCookie);
     } else if (m_screenSaverCall) {
         m_screenSaverCall->disconnect(this);
-        new LateScreenSaverRelease(m_sessionBus, m_screenSaverCall);
+        new LateScreenSaverRelease(*m_sessionBus, m_screenSaverCall);
         m_screenSaverCall = nullptr;
     }
     // An unanswered logind call needs no such care: its reply is dropped
     // unread, and with it the descriptor that would have held the inhibitor.
     // m_idleInhibitFd closes with this object, which releases the held one.
+}
+
+DisplayActivityGuard::BusConnection
+DisplayActivityGuard::connectToProcessBus(QDBusConnection::BusType type, std::chrono::milliseconds answerTimeout)
+{
+    const bool system = type == QDBusConnection::SystemBus;
+    const BusProbeResult probe = probeBus(system ? systemBusAddress() : sessionBusAddress(), answerTimeout);
+    if (probe.outcome == BusProbeOutcome::Silent) {
+        // Left alone for good: Qt D-Bus would wait on it without a limit.
+        return {std::nullopt, QStringLiteral("%1 did not answer within %2 ms (%3)")
+                                  .arg(busName(type))
+                                  .arg(answerTimeout.count())
+                                  .arg(probe.entry)};
+    }
+    QDBusConnection bus = system ? QDBusConnection::systemBus() : QDBusConnection::sessionBus();
+    return {bus, QString()};
+}
+
+void DisplayActivityGuard::connectInBackground(QDBusConnection::BusType type, BusConnector connector)
+{
+    auto work = [handOver = m_handOver, type, connector = std::move(connector)] {
+        BusConnection bus;
+        try {
+            bus = connector();
+        } catch (...) {
+            bus = {std::nullopt, QStringLiteral("%1 could not be reached").arg(busName(type))};
+        }
+        std::lock_guard lock(handOver->mutex);
+        if (DisplayActivityGuard *guard = handOver->guard) {
+            QMetaObject::invokeMethod(
+                guard, [guard, type, bus = std::move(bus)]() mutable { guard->busReached(type, std::move(bus)); },
+                Qt::QueuedConnection);
+        }
+    };
+    try {
+        std::thread(std::move(work)).detach();
+    } catch (const std::system_error &) {
+        // Queued so that settling stays out of the constructor.
+        BusConnection none{std::nullopt, QStringLiteral("no thread to reach the %1").arg(busName(type))};
+        QMetaObject::invokeMethod(
+            this, [this, type, none = std::move(none)]() mutable { busReached(type, std::move(none)); },
+            Qt::QueuedConnection);
+    }
+}
+
+void DisplayActivityGuard::busReached(QDBusConnection::BusType type, BusConnection bus)
+{
+    const bool connected = bus.connection && bus.connection->isConnected();
+    QString failure = bus.failure;
+    if (failure.isEmpty())
+        failure = busName(type) + QStringLiteral(" not connected");
+    if (type == QDBusConnection::SessionBus) {
+        m_sessionBus = std::move(bus.connection);
+        if (connected)
+            requestScreenSaverInhibit();
+        else
+            m_screenSaverFailure = failure;
+    } else {
+        m_systemBus = std::move(bus.connection);
+        if (connected)
+            requestIdleInhibit();
+        else
+            m_idleFailure = failure;
+    }
+    // The connect is done; a request sent in its place counts on its own.
+    requestFinished();
 }
 
 bool DisplayActivityGuard::isSettled() const
@@ -132,16 +230,12 @@ bool DisplayActivityGuard::holdsIdleInhibit() const
 
 void DisplayActivityGuard::requestScreenSaverInhibit()
 {
-    if (!m_sessionBus.isConnected()) {
-        m_screenSaverFailure = QStringLiteral("session bus not connected");
-        return;
-    }
     QDBusMessage message = QDBusMessage::createMethodCall(kScreenSaverService, kScreenSaverPath,
                                                           kScreenSaverInterface,
                                                           QStringLiteral("Inhibit"));
     message << kApplicationName << kReason;
     m_screenSaverCall =
-        new QDBusPendingCallWatcher(m_sessionBus.asyncCall(message, m_callTimeoutMs), this);
+        new QDBusPendingCallWatcher(m_sessionBus->asyncCall(message, m_callTimeoutMs), this);
     connect(m_screenSaverCall, &QDBusPendingCallWatcher::finished, this,
             &DisplayActivityGuard::onScreenSaverReply);
     ++m_pendingRequests;
@@ -149,15 +243,11 @@ void DisplayActivityGuard::requestScreenSaverInhibit()
 
 void DisplayActivityGuard::requestIdleInhibit()
 {
-    if (!m_systemBus.isConnected()) {
-        m_idleFailure = QStringLiteral("system bus not connected");
-        return;
-    }
     QDBusMessage message = QDBusMessage::createMethodCall(kLogindService, kLogindPath,
                                                           kLogindInterface,
                                                           QStringLiteral("Inhibit"));
     message << QStringLiteral("idle") << kApplicationName << kReason << QStringLiteral("block");
-    m_idleCall = new QDBusPendingCallWatcher(m_systemBus.asyncCall(message, m_callTimeoutMs), this);
+    m_idleCall = new QDBusPendingCallWatcher(m_systemBus->asyncCall(message, m_callTimeoutMs), this);
     connect(m_idleCall, &QDBusPendingCallWatcher::finished, this,
             &DisplayActivityGuard::onIdleInhibitReply);
     ++m_pendingRequests;
