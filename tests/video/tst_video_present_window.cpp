@@ -177,7 +177,13 @@ private slots:
         const quint64 draws = compositor.drawCount();
         const quint64 presents = compositor.presentCount();
         QTRY_VERIFY_WITH_TIMEOUT(compositor.presentCount() > presents + 10, 5000);
-        QCOMPARE(compositor.drawCount(), draws); // the same picture, not drawn again
+        // The same picture is not drawn again for each present. A late expose
+        // of the freshly shown window (seen on a loaded machine) may ask for
+        // one more draw, which is right; one draw per present is the fault.
+        QVERIFY2(compositor.drawCount() <= draws + 1,
+                 qPrintable(QStringLiteral("%1 draws for %2 presents")
+                                .arg(compositor.drawCount() - draws)
+                                .arg(compositor.presentCount() - presents)));
 
         {
             QWidget cover;
