@@ -17,6 +17,7 @@
 #include "shell/user_info_center.h"
 
 #include <QColor>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLayout>
@@ -246,18 +247,16 @@ void MainController::Impl::waitForShutdown()
     };
     QElapsedTimer elapsed;
     elapsed.start();
-    QEventLoop loop;
+    // The timer only wakes the wait below so that done() is looked at again.
     QTimer poll;
     poll.setInterval(options.shutdownPoll);
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
-        if (done() || elapsed.hasExpired(options.shutdownLimit.count()))
-            loop.quit();
-    });
     poll.start();
-    // A quit asked for meanwhile (a second signal) ends exec() early; the
-    // wait goes on until done or the limit.
+    // Events are processed directly rather than by a nested QEventLoop: a
+    // quit asked for meanwhile (a second signal) makes every later
+    // QEventLoop::exec() return at once, which would turn the wait into a
+    // busy loop.
     while (!done() && !elapsed.hasExpired(options.shutdownLimit.count()))
-        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     qCInfo(lcSystem).noquote() << QStringLiteral("ON AIR shutdown %1 after %2 ms; file queue %3")
                                       .arg(!dualDeckPlayer ? QStringLiteral("not needed")
                                            : dualDeckPlayer->isShutdownConfirmed() ? QStringLiteral("confirmed")
