@@ -47,7 +47,7 @@ private slots:
     void initTestCase()
     {
         if (!g_haveDisplay)
-            QSKIP("Xvfb is not installed");
+            QFAIL("Xvfb could not be started (scripts/setup installs it)");
         tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
     }

@@ -470,7 +470,7 @@ QTEST_MAIN(TestDisplayActivityGuard)
 void TestDisplayActivityGuard::x11ScreenSaverHeldOffUntilDestruction()
 {
     if (QStandardPaths::findExecutable("Xvfb").isEmpty())
-        QSKIP("Xvfb is not installed");
+        QFAIL("Xvfb is missing (scripts/setup installs it)");
     QProcess xvfb;
     xvfb.start("Xvfb", {"-displayfd", "1", "-nolisten", "tcp", "-screen", "0", "320x240x24"});
     QVERIFY(QTest::qWaitFor([&] { return xvfb.canReadLine(); }, 10000));
