@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 namespace tarnix::test {
@@ -30,7 +31,9 @@ struct ProgramPlayoutRig {
     FakeProgramPlayer *player = nullptr;
     std::unique_ptr<ProgramPlayoutController> controller;
 
-    ProgramPlayoutRig()
+    // `adjust` changes the options before the controller is built (e.g. to
+    // run its own timers).
+    explicit ProgramPlayoutRig(const std::function<void(ProgramPlayoutOptions &)> &adjust = {})
     {
         auto fake = std::make_unique<FakeProgramPlayer>();
         player = fake.get();
@@ -38,6 +41,8 @@ struct ProgramPlayoutRig {
         options.startTimers = false;
         options.monotonicMs = [this] { return clockMs; };
         options.audio.monotonicMs = [this] { return clockMs; };
+        if (adjust)
+            adjust(options);
         controller = std::make_unique<ProgramPlayoutController>(std::move(fake), &model, &selection, &info,
                                                                 &operations, &state, options);
     }

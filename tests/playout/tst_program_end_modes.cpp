@@ -70,6 +70,7 @@ class TestProgramEndModes : public QObject
     Q_OBJECT
 
 private slots:
+    void endAndStandbyAreSeenBetweenTicks();
     void repeatThreeTimesThenNext();
     void endlessRepeatNeverStops();
     void shortLoopCrossfadesForHalfItsLength();
@@ -347,4 +348,34 @@ void TestProgramEndModes::rateMovesTheRepeatTriggerInMediaTime()
 }
 
 QTEST_GUILESS_MAIN(TestProgramEndModes)
+
+
+// With the controller's own timers and a regular tick far too slow to
+// matter, a successor that becomes ready is seen by the standby watch, and
+// an end of stream by the tick due just after the item's end.
+void TestProgramEndModes::endAndStandbyAreSeenBetweenTicks()
+{
+    ProgramPlayoutRig rig([](ProgramPlayoutOptions &options) {
+        options.startTimers = true;
+        options.tickInterval = std::chrono::minutes(10);
+        options.monotonicMs = {};
+        options.audio.monotonicMs = {};
+    });
+    const quint64 a = rig.add(QStringLiteral("/media/a.mp4"), playing(PlaylistEndMode::next), 3000);
+    const quint64 b = rig.add(QStringLiteral("/media/b.mp4"), playing(PlaylistEndMode::next), 3000);
+    QVERIFY(rig.putOnAir(a));
+    rig.player->position = 2500;
+    rig.controller->tick();  // cues the successor
+    QCOMPARE(rig.model.cueItemId(), b);
+    QCOMPARE(rig.model.cueState(), PlaylistCueState::Preparing);
+    rig.player->makeReady();
+    QTRY_COMPARE_WITH_TIMEOUT(rig.model.cueState(), PlaylistCueState::Ready, 2000);
+
+    rig.player->position = 2950;
+    rig.controller->tick();  // the end is 50 ms away: a tick is due just after it
+    rig.player->position = 3000;
+    rig.player->endOfStream();
+    QTRY_COMPARE_WITH_TIMEOUT(rig.controller->onAirItemId(), b, 2000);
+}
+
 #include "tst_program_end_modes.moc"

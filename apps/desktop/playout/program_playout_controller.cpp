@@ -293,6 +293,12 @@ void ProgramPlayoutController::Impl::scheduleEndTick(qint64 positionMs, qint64 e
         return;
     const double rate = stillClock.isValid() || !(playbackRate > 0.0) ? 1.0 : playbackRate;
     const qint64 dueMs = qint64(std::ceil(double(endMs - positionMs) / rate)) + options.endTickMargin.count();
+    // Each item on air has its own allowance, also one taken already within
+    // a tick of its end (a short clip, an Out point just after the In point).
+    if (endTickItem != programState.itemId()) {
+        endTickItem = programState.itemId();
+        endTicksLeft = kEndTicksPerEnd;
+    }
     if (dueMs >= tickTimer.interval()) {
         endTicksLeft = kEndTicksPerEnd;
         return;

@@ -114,8 +114,9 @@ struct ProgramPlayoutController::Impl {
     QTimer tickTimer;
     QTimer endTickTimer;
     QTimer standbyWatchTimer;
-    // Extra ticks left for the end of the item on air.
+    // Extra ticks left for the end of the item on air, and that item.
     int endTicksLeft = 0;
+    quint64 endTickItem = 0;
     QTimer animationTimer;
     QTimer ftbBlinkTimer;
     ProgramAudioController *audio = nullptr;
