@@ -1,5 +1,7 @@
 #include "video/deck_frame_mailboxes.h"
 
+#include "video/owned_sample.h"
+
 #include <gst/app/gstappsink.h>
 
 #include <atomic>
@@ -49,13 +51,13 @@ void deliver(const CallbackContext &context, GstSample *sample)
 
 GstFlowReturn onNewPreroll(GstAppSink *sink, gpointer data)
 {
-    deliver(*static_cast<CallbackContext *>(data), gst_app_sink_try_pull_preroll(sink, 0));
+    deliver(*static_cast<CallbackContext *>(data), ownedSample(gst_app_sink_try_pull_preroll(sink, 0)));
     return GST_FLOW_OK;
 }
 
 GstFlowReturn onNewSample(GstAppSink *sink, gpointer data)
 {
-    deliver(*static_cast<CallbackContext *>(data), gst_app_sink_try_pull_sample(sink, 0));
+    deliver(*static_cast<CallbackContext *>(data), ownedSample(gst_app_sink_try_pull_sample(sink, 0)));
     return GST_FLOW_OK;
 }
 

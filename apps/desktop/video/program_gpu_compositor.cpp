@@ -5,6 +5,7 @@
 #include "video/program_frame_memories.h"
 #include "video/program_layer_slot.h"
 #include "video/program_monitor_widget.h"
+#include "video/owned_sample.h"
 #include "video/program_overlay_element.h"
 #include "video/program_renderer.h"
 #include "video/program_video_texts.h"
@@ -436,7 +437,7 @@ GstBuffer *ProgramGpuCompositor::Impl::produce(const ProgramOverlayTick &tick)
 
 void ProgramGpuCompositor::Impl::onMonitorSample(GstAppSink *sink)
 {
-    GstSample *sample = gst_app_sink_try_pull_sample(sink, 0);
+    GstSample *sample = ownedSample(gst_app_sink_try_pull_sample(sink, 0));
     if (!sample)
         return;
     GstVideoInfo info;

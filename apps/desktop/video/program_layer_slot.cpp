@@ -1,5 +1,7 @@
 #include "video/program_layer_slot.h"
 
+#include "video/owned_sample.h"
+
 #include <gst/app/gstappsink.h>
 
 #include <atomic>
@@ -67,8 +69,8 @@ void take(GstAppSink *sink, State &state, bool preroll)
         listener = state.listener;
     }
     if (state.acceptingSamples.load() && !state.hold.load()) {
-        GstSample *sample = preroll ? gst_app_sink_try_pull_preroll(sink, 0)
-                                    : gst_app_sink_try_pull_sample(sink, 0);
+        GstSample *sample = ownedSample(preroll ? gst_app_sink_try_pull_preroll(sink, 0)
+                                                : gst_app_sink_try_pull_sample(sink, 0));
         if (sample) {
             if (listener)
                 listener(sample);
