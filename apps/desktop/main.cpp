@@ -133,7 +133,8 @@ int main(int argc, char **argv)
 {
     const tarnix::WindowSystemChoice windowSystem = tarnix::applyWindowSystemChoice();
 
-    QApplication app(argc, argv);                                               // 1
+    // start: application object
+    QApplication app(argc, argv);
     // SIGTERM and SIGINT are caught from here on and end the run through the
     // ordinary shutdown. A request that arrives while start-up still runs
     // (it is seen in the first event loop, a message box's included) skips
@@ -145,32 +146,39 @@ int main(int argc, char **argv)
         QCoreApplication::quit();
     });
 
-    app.setWindowIcon(applicationIcon());                                       // 2
+    // start: window icon
+    app.setWindowIcon(applicationIcon());
     const QString executableDirectory = QCoreApplication::applicationDirPath();
     const QString profile = tarnix::productProfile(executableDirectory);
-    tarnix::applyApplicationIdentity(profile);                                  // 3
+    // start: application identity
+    tarnix::applyApplicationIdentity(profile);
     const QStringList rawArguments = app.arguments();
-    const bool portable = tarnix::portableModeRequested(rawArguments, executableDirectory); // 4
+    // start: portable mode and settings path
+    const bool portable = tarnix::portableModeRequested(rawArguments, executableDirectory);
     tarnix::publishSettingsLocation(
         tarnix::computeSettingsFilePath(profile, portable, executableDirectory), portable);
-    setGStreamerRegistryLocation();                                             // 5
-    tarnix::freezeGpuPreferences();                                             // 6
+    // start: GStreamer registry location
+    setGStreamerRegistryLocation();
+    // start: GPU preferences frozen
+    tarnix::freezeGpuPreferences();
 
-    // 7: the log writes its start line and the first diagnostics itself.
+    // start: the log, which writes its start line and the first diagnostics itself.
     LogSession logSession;
     qCInfo(tarnix::lcStartup).noquote() << "Window system:" << windowSystem.reason;
 
-    auto languageManager = std::make_unique<tarnix::UiLanguageManager>(&app);   // 8
+    // start: interface language
+    auto languageManager = std::make_unique<tarnix::UiLanguageManager>(&app);
     {
         QString error;
         if (!languageManager->loadStoredLanguage(&error))
             qCWarning(tarnix::lcStartup).noquote() << error;
     }
 
-    // 9-13: interface scale, application font and skin are applied here once
+    // start: interface scale, application font and skin are applied here once
     // their managers exist.
 
-    {                                                                           // 14
+    // start: add-on resume
+    {
         tarnix::MessageBoxPresenter presenter;
         const tarnix::AddonResumeDecision decision =
             tarnix::resumeAddonJobs(tarnix::applicationAddonResumeContext(rawArguments), presenter);
@@ -178,7 +186,8 @@ int main(int argc, char **argv)
             return decision.exitCode;
     }
 
-    const tarnix::GStreamerRuntimeLocation runtime =                           // 15
+    // start: GStreamer runtime location
+    const tarnix::GStreamerRuntimeLocation runtime =
         tarnix::locateGStreamerRuntime(executableDirectory, profile);
     qCInfo(tarnix::lcStartup).noquote() << "GStreamer:" << runtime.description;
     if (!runtime.found) {
@@ -187,35 +196,43 @@ int main(int argc, char **argv)
         return code;
     }
 
-    tarnix::prepareGStreamerLogBridge();                                        // 16
+    // start: GStreamer log bridge and initialisation
+    tarnix::prepareGStreamerLogBridge();
     initialiseGStreamer(argc, argv);
     tarnix::installGStreamerBridge();
 
-    tarnix::CommandLine commandLine;                                            // 17
+    // start: command line
+    tarnix::CommandLine commandLine;
     commandLine.parse(rawArguments);
     if (commandLine.helpRequested()) {
         std::fputs(commandLine.helpText().toLocal8Bit().constData(), stdout);
         return 0;
     }
 
-    if (!app.property("video.startupProgramOutput4k").isValid()) {            // 18
+    // start: program output size
+    if (!app.property("video.startupProgramOutput4k").isValid()) {
         const bool output4k = commandLine.programOutput4kRequested()
             || tarnix::readBoolSetting(QStringLiteral("video/programOutput4k"));
         app.setProperty("video.startupProgramOutput4k", output4k);
     }
     const bool programOutput4k = app.property("video.startupProgramOutput4k").toBool();
 
-    auto displayActivityGuard = std::make_unique<tarnix::DisplayActivityGuard>(); // 19
+    // start: display activity guard
+    auto displayActivityGuard = std::make_unique<tarnix::DisplayActivityGuard>();
 
-    // 20: the operator monitor publisher starts here once it exists.
+    // start: the operator monitor publisher starts here once it exists.
 
-    std::unique_ptr<QWidget> programVideoWindow(tarnix::createProgramVideoWindow()); // 21
-    QPointer<QWidget> controllerWindow = tarnix::createControllerWindow();      // 22
-    tarnix::placeProgramVideoWindow(programVideoWindow.get());                  // 23
+    // start: program video window
+    std::unique_ptr<QWidget> programVideoWindow(tarnix::createProgramVideoWindow());
+    // start: controller window
+    QPointer<QWidget> controllerWindow = tarnix::createControllerWindow();
+    // start: program window placement
+    tarnix::placeProgramVideoWindow(programVideoWindow.get());
 
     tarnix::MainControllerOptions controllerOptions;
     controllerOptions.programOutputSize = programOutputSizeOverride();
-    auto mainController = std::make_unique<tarnix::MainController>(            // 24
+    // start: main controller
+    auto mainController = std::make_unique<tarnix::MainController>(
         programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get(), controllerOptions);
     {
         // Automation's way in; off unless a path is given.
@@ -225,14 +242,16 @@ int main(int argc, char **argv)
         if (!controlSocketPath.isEmpty())
             mainController->startControlSocket(controlSocketPath);
     }
-    if (!mainController->programPlayerAvailable()) {                            // 25
+    // start: program player check
+    if (!mainController->programPlayerAvailable()) {
         // The controller window stays; its message bar tells why.
         qCWarning(tarnix::lcStartup).noquote()
             << "Program window hidden:" << mainController->programPlayerError();
         programVideoWindow->hide();
     }
 
-    QObject::connect(controllerWindow, &QObject::destroyed, &app, &QCoreApplication::quit); // 26
+    // start: quit with the controller window
+    QObject::connect(controllerWindow, &QObject::destroyed, &app, &QCoreApplication::quit);
     QObject::connect(languageManager.get(), &tarnix::UiLanguageManager::languageChanged, controllerWindow,
                      [window = programVideoWindow.get(), controllerWindow] {
                          window->setWindowTitle(tarnix::localized("window.player.title"));
@@ -240,13 +259,15 @@ int main(int argc, char **argv)
                              controllerWindow->setWindowTitle(tarnix::localized("window.controller.title"));
                      });
 
-    tarnix::showControllerWindow(controllerWindow);                             // 27
+    // start: controller window shown
+    tarnix::showControllerWindow(controllerWindow);
 
-    // 28: controller window scaling is installed here once it exists.
+    // start: controller window scaling is installed here once it exists.
 
-    tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseControllerReady)); // 29
+    // start: controller-ready diagnostics
+    tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseControllerReady));
 
-    const int exitCode = stopRequested ? 0 : app.exec();                        // 30
+    const int exitCode = stopRequested ? 0 : app.exec();                        // start: event loop
 
     // The previous session is saved and the ON AIR pipelines stopped here,
     // with the event loop running until they are done.

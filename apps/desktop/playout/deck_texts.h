@@ -24,8 +24,8 @@ inline constexpr char kReplaceStandby[] =
 
 inline constexpr char kScaletempoMissing[] =
     "Required playback-rate audio element scaletempo is unavailable";
-inline constexpr char kVideoElementsMissing[] = "Required D3D11 appsink elements are unavailable";
-inline constexpr char kVideoOutputParse[] = "Failed to create deck D3D11 appsink output:";
+inline constexpr char kVideoElementsMissing[] = "Required video appsink elements are unavailable";
+inline constexpr char kVideoOutputParse[] = "Failed to create deck video appsink output:";
 inline constexpr char kAudioOutputParse[] = "Failed to create deck audio output:";
 inline constexpr char kRetainResources[] = "Retaining deck resources without confirmed shutdown";
 inline constexpr char kPlaybinLabel[] = "dual-deck playbin";

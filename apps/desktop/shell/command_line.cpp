@@ -23,7 +23,7 @@ CommandLine::CommandLine()
                                                   QStringLiteral("Marks a failed add-on restart."),
                                                   QStringLiteral("detail"))))
     , portable(QStringLiteral("portable"),
-               QStringLiteral("Use config/<product profile>/user.ini beside the executable (Windows)."))
+               QStringLiteral("Use config/<product profile>/user.ini beside the executable."))
     , programOutput4k(QStringLiteral("program-output-4k"),
                       localized("application.option.program_output_4k"))
     , controlSocket(QStringLiteral("control-socket"),
