@@ -1,3 +1,4 @@
+#include "playout/deck_source.h"
 #include "playout/deck_source_session.h"
 #include "support/blocking_file_source.h"
 #include "support/glib_criticals.h"
@@ -240,6 +241,36 @@ private slots:
         QCOMPARE(t.deck->prepare(request, &error), PreparationStatus::Failed);
         QCOMPARE(error, QString());
         QCOMPARE(t.deck->kind(), DeckSessionKind::None);
+    }
+
+    // Every item source type has exactly one deck request kind and back, and
+    // every request kind exactly one session kind: a value added to any of the
+    // three enums without its mapping fails here.
+    void sourceKindsMapByName()
+    {
+        const QMetaEnum types = QMetaEnum::fromType<PlaylistSourceType>();
+        const QMetaEnum kinds = QMetaEnum::fromType<DeckSourceKind>();
+        const QMetaEnum sessions = QMetaEnum::fromType<DeckSessionKind>();
+        QCOMPARE(kinds.keyCount(), types.keyCount());
+        QCOMPARE(sessions.keyCount(), kinds.keyCount() + 1);
+
+        for (int i = 0; i < types.keyCount(); ++i) {
+            const auto type = PlaylistSourceType(types.value(i));
+            const std::optional<DeckSourceKind> kind = deckSourceKindFor(type);
+            QVERIFY2(kind.has_value(), types.key(i));
+            QCOMPARE(playlistSourceTypeFor(*kind), std::optional(type));
+        }
+        QSet<int> sessionsSeen;
+        for (int i = 0; i < kinds.keyCount(); ++i) {
+            const auto kind = DeckSourceKind(kinds.value(i));
+            QVERIFY2(playlistSourceTypeFor(kind).has_value(), kinds.key(i));
+            const DeckSessionKind session = sessionKindFor(kind);
+            QVERIFY2(session != DeckSessionKind::None, kinds.key(i));
+            QVERIFY2(!sessionsSeen.contains(int(session)), kinds.key(i));
+            sessionsSeen.insert(int(session));
+            // The names agree, so nobody needs to remember an offset.
+            QCOMPARE(QByteArray(sessions.valueToKey(int(session))), QByteArray(kinds.key(i)));
+        }
     }
 
     void sourcesWithoutManagerFail_data()

@@ -11,6 +11,36 @@ bool isValidFileSource(const DeckSource &request)
            && request.rate > 0.0;
 }
 
+std::optional<DeckSourceKind> deckSourceKindFor(PlaylistSourceType type)
+{
+    switch (type) {
+    case PlaylistSourceType::file:
+        return DeckSourceKind::File;
+    case PlaylistSourceType::uvc:
+        return DeckSourceKind::Uvc;
+    case PlaylistSourceType::powerpoint:
+        return DeckSourceKind::PowerPoint;
+    case PlaylistSourceType::pdf:
+        return DeckSourceKind::Pdf;
+    }
+    return std::nullopt;
+}
+
+std::optional<PlaylistSourceType> playlistSourceTypeFor(DeckSourceKind kind)
+{
+    switch (kind) {
+    case DeckSourceKind::File:
+        return PlaylistSourceType::file;
+    case DeckSourceKind::Uvc:
+        return PlaylistSourceType::uvc;
+    case DeckSourceKind::PowerPoint:
+        return PlaylistSourceType::powerpoint;
+    case DeckSourceKind::Pdf:
+        return PlaylistSourceType::pdf;
+    }
+    return std::nullopt;
+}
+
 DeckSessionKind sessionKindFor(DeckSourceKind kind)
 {
     switch (kind) {

@@ -1,19 +1,31 @@
 #pragma once
 
+#include "playlist/playlist_enums.h"
+
+#include <QObject>
 #include <QString>
 #include <QtGlobal>
 
-namespace tarnix {
+#include <optional>
 
-// What a deck is asked to play. Numbering is shared with stored state.
+// The deck's kinds sit in their own namespace for the same reason as the
+// playlist enums: Q_NAMESPACE gives a namespace exactly one meta-object. Their
+// meta-enums let a test walk every value, so a kind added to one enum and not
+// mapped to the others fails at once.
+namespace tarnix {
+namespace deck_enums {
+Q_NAMESPACE
+
+// What a deck is asked to play.
 enum class DeckSourceKind : int {
     File = 0,
     Uvc = 1,
     PowerPoint = 2,
     Pdf = 3,
 };
+Q_ENUM_NS(DeckSourceKind)
 
-// What a deck session holds now; one above DeckSourceKind, 0 meaning none.
+// What a deck session holds now, None before anything was prepared.
 enum class DeckSessionKind : int {
     None = 0,
     File = 1,
@@ -21,6 +33,11 @@ enum class DeckSessionKind : int {
     PowerPoint = 3,
     Pdf = 4,
 };
+Q_ENUM_NS(DeckSessionKind)
+} // namespace deck_enums
+
+using deck_enums::DeckSessionKind;
+using deck_enums::DeckSourceKind;
 
 enum class PreparationStatus : int {
     Idle = 0,
@@ -49,6 +66,11 @@ struct DeckSource {
 // point or one after the in point, and a finite rate above 0.
 bool isValidFileSource(const DeckSource &request);
 
+// The three kinds of source are told apart by name, never by number: an
+// item's source type, what a deck is asked to play, what a deck holds.
+// nullopt (or None) for a value that has no counterpart.
+std::optional<DeckSourceKind> deckSourceKindFor(PlaylistSourceType type);
+std::optional<PlaylistSourceType> playlistSourceTypeFor(DeckSourceKind kind);
 DeckSessionKind sessionKindFor(DeckSourceKind kind);
 
 } // namespace tarnix

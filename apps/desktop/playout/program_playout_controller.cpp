@@ -53,7 +53,7 @@ std::optional<ProgramTarget> ProgramPlayoutController::Impl::targetForItem(quint
     target.itemId = itemId;
     target.path = item->filePath;
     target.displayName = item->displayName;
-    target.sourceType = int(item->sourceType);
+    target.sourceType = item->sourceType;
     // The sound that goes with a live source. A camera's mapped audio device
     // comes from the UVC audio mappings once they exist.
     if (isLiveAudio(*item))

@@ -23,7 +23,7 @@ bool ProgramPlayoutController::requestConversionHold(const std::shared_ptr<std::
     flag->store(false);
     d->documentConversionHold = true;
     // Only the standby can hold a slide show that is not on air.
-    if (d->preparedTarget && d->preparedTarget->sourceType == int(PlaylistSourceType::powerpoint)) {
+    if (d->preparedTarget && d->preparedTarget->sourceType == PlaylistSourceType::powerpoint) {
         if (!d->player->releaseStandby()) {
             d->documentConversionHold = false;
             return refuse(LocalizedText(QStringLiteral("powerpoint.import.release_cue_failed"), {},

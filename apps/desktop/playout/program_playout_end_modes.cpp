@@ -98,7 +98,7 @@ bool Impl::prepareAutomatic(qint64 positionMs, qint64 durationMs)
     // standby stays the operator's until then.
     if (!repeating && !automatic.armed && durationMs - positionMs > options.preparationWindowMs)
         return false;
-    if (documentConversionHold && candidate && candidate->sourceType == int(PlaylistSourceType::powerpoint)) {
+    if (documentConversionHold && candidate && candidate->sourceType == PlaylistSourceType::powerpoint) {
         conversionRestartNeeded = true;
         return false;
     }

@@ -18,14 +18,14 @@ void ProgramPlayoutController::Impl::requestTarget(const std::optional<ProgramTa
 {
     if (macroTarget && (!target || *target != *macroTarget))
         endMacroReservation(texts::macroReplaced());
-    if (documentConversionHold && target && target->sourceType == int(PlaylistSourceType::powerpoint)) {
+    if (documentConversionHold && target && target->sourceType == PlaylistSourceType::powerpoint) {
         // The conversion has the slide show sessions; nothing else changes.
         if (queuedTakeItem == target->itemId)
             queuedTakeItem.reset();
         return;
     }
     if (target && preparedTarget && *target == *preparedTarget
-        && ((!forced && target->sourceType != int(PlaylistSourceType::powerpoint))
+        && ((!forced && target->sourceType != PlaylistSourceType::powerpoint)
             || player->standbyStatus() != PreparationStatus::Failed)) {
         requestedTarget.reset();
         releasePending = false;
@@ -71,20 +71,21 @@ void ProgramPlayoutController::Impl::startRequested()
     }
     const ProgramTarget target = *std::exchange(requestedTarget, std::nullopt);
     setCue(target.itemId, PlaylistCueState::Requested);
-    if (target.sourceType == int(PlaylistSourceType::file) && model && model->isOffline(target.itemId)) {
+    if (target.sourceType == PlaylistSourceType::file && model && model->isOffline(target.itemId)) {
         queuedTakeItem.reset();
         setCue(target.itemId, PlaylistCueState::Failed, texts::fileNotFound() + target.path);
         return;
     }
-    if (target.sourceType > int(PlaylistSourceType::pdf)) {
+    const std::optional<DeckSourceKind> kind = deckSourceKindFor(target.sourceType);
+    if (!kind) {
         setCue(target.itemId, PlaylistCueState::Failed, texts::inputTypeUnsupported());
         return;
     }
     DeckSource request;
-    request.kind = DeckSourceKind(target.sourceType);
+    request.kind = *kind;
     request.source = target.path;
     request.mappedAudio = target.mappedAudio;
-    if (target.sourceType == int(PlaylistSourceType::file)) {
+    if (target.sourceType == PlaylistSourceType::file) {
         request.inMs = target.inPointMs;
         request.outMs = target.outPointMs.value_or(-1);
         request.rate = target.rate;

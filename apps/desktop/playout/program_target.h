@@ -14,7 +14,7 @@ struct ProgramTarget {
     quint64 itemId = 0;
     QString path;
     QString displayName;
-    int sourceType = 0;  // PlaylistSourceType
+    PlaylistSourceType sourceType = PlaylistSourceType::file;
     // The live audio that goes with a live source; empty otherwise.
     QString mappedAudio;
     qint64 inPointMs = 0;
