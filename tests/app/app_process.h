@@ -53,9 +53,9 @@ public:
         env.insert("XDG_CONFIG_HOME", m_home + "/config");
         env.insert("XDG_RUNTIME_DIR", m_home + "/runtime");
         env.insert("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + m_home + "/no-system-bus");
-        // No sound server: the program audio output reports itself missing
-        // and ON AIR plays on regardless.
-        env.insert("PULSE_SERVER", "unix:" + m_home + "/no-pulse");
+        // The test's own sound server, or none: then the program audio
+        // output reports itself missing and ON AIR refuses takes.
+        env.insert("PULSE_SERVER", m_pulseServer.isEmpty() ? "unix:" + m_home + "/no-pulse" : m_pulseServer);
         env.insert("TARNIX_TEST_PROGRAM_OUTPUT_SIZE", m_outputSize);
         if (!m_display.isEmpty())
             env.insert("DISPLAY", m_display);
@@ -63,6 +63,7 @@ public:
     }
 
     void setProgramOutputSize(const QString &size) { m_outputSize = size; }
+    void setPulseServer(const QString &address) { m_pulseServer = address; }
     // An X display to run on; none: offscreen.
     void setDisplay(const QString &display) { m_display = display; }
     QString socketPath() const { return m_home + "/control.sock"; }
@@ -116,6 +117,7 @@ private:
     QString m_home;
     QString m_outputSize = QStringLiteral("320x180");
     QString m_display;
+    QString m_pulseServer;
     QProcess m_process;
 };
 

@@ -238,7 +238,10 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     SelectionHolder selection(&model, &operations);
     ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,
                                         &selection, nullptr, &operations, nullptr);
-    QVERIFY(runUntil([&] { return player->isPresenterRunning() && fixture.frames->last().sequence > 0; }, 8000));
+    QVERIFY(runUntil([&] {
+        return player->isPresenterRunning() && fixture.frames->last().sequence > 0
+               && player->audioOutput()->hasUsableDevice();
+    }, 8000));
     const quint64 beforeTake = fixture.frames->last().sequence;
 
     EndOfStreamLog ends;
@@ -336,7 +339,8 @@ void TestProgramPlayoutPlayer::metersFollowTheAudioAsHeard()
     SelectionHolder selection(&model, nullptr);
     ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,
                                         &selection, nullptr, nullptr, nullptr);
-    QVERIFY(QTest::qWaitFor([&] { return player->isPresenterRunning(); }, 8000));
+    QVERIFY(QTest::qWaitFor([&] { return player->isPresenterRunning() && player->audioOutput()->hasUsableDevice(); },
+                            8000));
 
     int readings = 0;
     int early = 0;

@@ -5,6 +5,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <signal.h>
 #include <sys/prctl.h>
 
 namespace tarnix::test {
@@ -104,9 +105,35 @@ QString PrivatePulseAudio::pactl(const QStringList &arguments) const
     process.start(QStringLiteral("pactl"),
                   QStringList{QStringLiteral("--server=%1").arg(serverAddress())} + arguments);
     if (!process.waitForFinished(5000) || process.exitStatus() != QProcess::NormalExit ||
-        process.exitCode() != 0)
+        process.exitCode() != 0) {
         return QString();
-    return QString::fromUtf8(process.readAllStandardOutput());
+    }
+    // Success with nothing printed is an empty string, never a null one.
+    QString output = QString::fromUtf8(process.readAllStandardOutput());
+    return output.isNull() ? QStringLiteral("") : output;
+}
+
+bool PrivatePulseAudio::suspend()
+{
+    return m_daemon && m_daemon->processId() > 0 && ::kill(pid_t(m_daemon->processId()), SIGSTOP) == 0;
+}
+
+bool PrivatePulseAudio::resume()
+{
+    return m_daemon && m_daemon->processId() > 0 && ::kill(pid_t(m_daemon->processId()), SIGCONT) == 0;
+}
+
+bool PrivatePulseAudio::unloadSink(const QString &sinkName)
+{
+    const QString modules = pactl({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("modules")});
+    const QString argument = QStringLiteral("sink_name=%1").arg(sinkName);
+    for (const QString &line : modules.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const QStringList fields = line.split(QLatin1Char('\t'));
+        if (fields.size() >= 3 && fields.at(1) == QLatin1String("module-null-sink")
+            && fields.at(2).split(QLatin1Char(' ')).contains(argument))
+            return !pactl({QStringLiteral("unload-module"), fields.at(0)}).isNull();
+    }
+    return false;
 }
 
 } // namespace tarnix::test

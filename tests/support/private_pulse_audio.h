@@ -29,6 +29,13 @@ public:
     // null string if it failed.
     QString pactl(const QStringList &arguments) const;
 
+    // Stops and continues the daemon (SIGSTOP/SIGCONT): a client that talks
+    // to a stopped server waits for its answer.
+    bool suspend();
+    bool resume();
+    // Unloads the module of the null sink with this name; false if none.
+    bool unloadSink(const QString &sinkName);
+
 private:
     std::unique_ptr<QTemporaryDir> m_directory;
     std::unique_ptr<QProcess> m_daemon;

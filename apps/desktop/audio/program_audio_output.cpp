@@ -444,6 +444,11 @@ bool ProgramAudioOutput::isDeviceChangeRunning() const
     return d->deviceChange && !d->deviceChange->done.load(std::memory_order_acquire);
 }
 
+bool ProgramAudioOutput::hasUsableDevice() const
+{
+    return !d->released && d->pipeline && d->outputRunning && !d->deviceFailed && !isDeviceChangeRunning();
+}
+
 QString ProgramAudioOutput::statusKey() const
 {
     if (isDeviceChangeRunning())

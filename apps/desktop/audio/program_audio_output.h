@@ -56,6 +56,9 @@ public:
     QString activeDevice() const;
     bool isRunning() const;
     bool isDeviceChangeRunning() const;
+    // The output plays to a device: running, not failed, not released, and
+    // no device change in progress.
+    bool hasUsableDevice() const;
     // Translation key of the state; statusText gives its English text.
     QString statusKey() const;
     static QString statusText(const QString &key);

@@ -283,6 +283,21 @@ bool DualDeckPlayer::takeStandby(bool crossfade, float videoLevel, int *status)
         *status = 3;
     if (!d->ready() || !isPresenterRunning())
         return false;
+    // A take needs somewhere to send its sound: while the output device is
+    // being changed (1) or has no usable device (2) nothing changes and the
+    // item on air plays on.
+    if (const ProgramAudioOutput *audio = d->engine->audio.get()) {
+        if (audio->isDeviceChangeRunning()) {
+            if (status)
+                *status = 1;
+            return false;
+        }
+        if (!audio->hasUsableDevice()) {
+            if (status)
+                *status = 2;
+            return false;
+        }
+    }
     d->pumpBuses();
     d->pollStandby();
     // The BGM deck is served here.

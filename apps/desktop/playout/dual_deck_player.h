@@ -79,7 +79,8 @@ public:
     int currentDeck() const;
     bool releaseStandby();
 
-    // status: 3 at entry, 0 on success.
+    // status: 0 done; 1 the program audio output is changing its device and
+    // 2 it has no usable device (nothing changed); 3 any other refusal.
     bool takeStandby(bool crossfade, float videoLevel, int *status = nullptr);
     bool stopCrossfade(float progress);
     bool isCrossfadeActive() const;

@@ -638,8 +638,8 @@ bool ProgramPlayoutController::takeTarget(const ProgramTarget &target, bool cros
 
     int status = 3;
     if (!d->player->takeStandby(crossfade, startLevel, &status)) {
-        // The dual-deck player refuses a take without telling the audio
-        // output's states 1 and 2 today; the branches stand for when it does.
+        // 2: the program audio output has no usable device; 1: its device
+        // is being changed. Either way the item on air plays on.
         if (status == 2)
             d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_unavailable"),
                     texts::audioOutputUnavailableFallback());
