@@ -54,7 +54,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->operations = std::make_unique<ControllerOperations>();
     d->userInfoCenter = std::make_unique<UserInfoCenter>();
     d->model = std::make_unique<PlaylistModel>();
-    d->selection = std::make_unique<SelectionHolder>(d->model.get(), d->operations.get());
+    d->createSelection();
     d->operations->setContextProvider([impl = d.get()] { return impl->contextText(); });
 
     d->createProgramSide();
@@ -94,6 +94,15 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
                                                                      : QStringLiteral("down"));
 }
 
+// No playlist panel is built in the controller window yet, so the selection
+// is the headless holder's. The panel, once it is built here, takes its place
+// and the holder is not created at all.
+void MainController::Impl::createSelection()
+{
+    headlessSelection = std::make_unique<SelectionHolder>(model.get(), operations.get());
+    selection = headlessSelection.get();
+}
+
 void MainController::Impl::createProgramSide()
 {
     DualDeckPlayerOptions playerOptions;
@@ -124,7 +133,7 @@ void MainController::Impl::createProgramSide()
         programPlayerError = player->initializationError();
 
     programPlayout = std::make_unique<ProgramPlayoutController>(
-        std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection.get(),
+        std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection,
         userInfoCenter.get(), operations.get(), &controlState);
 }
 
@@ -227,7 +236,8 @@ void MainController::shutdown()
         (void)d->backgroundIoQueue.release();
     }
     d->backgroundIoQueue.reset();
-    d->selection.reset();
+    d->selection = nullptr;
+    d->headlessSelection.reset();
     d->model.reset();
     d->userInfoCenter.reset();
     d->operations.reset();

@@ -21,6 +21,7 @@ namespace tarnix {
 
 class ControlSocketServer;
 class DualDeckPlayer;
+class ItemSelection;
 class SelectionHolder;
 class UserInfoBar;
 
@@ -42,7 +43,13 @@ struct MainController::Impl {
     ControlStateRegistry controlState;
     std::unique_ptr<UserInfoCenter> userInfoCenter;
     std::unique_ptr<PlaylistModel> model;
-    std::unique_ptr<SelectionHolder> selection;
+    // The item selection ON AIR follows. The playlist panel provides it and
+    // binds the selection operations; only while the controller window has
+    // no playlist panel does the headless holder exist, binding SelectItem
+    // itself, so the two never both bind (the first binding of an operation
+    // would win silently).
+    ItemSelection *selection = nullptr;
+    std::unique_ptr<SelectionHolder> headlessSelection;
 
     // The ON AIR side. The player belongs to the controller; the pointer is
     // kept for what only the dual-deck player offers (its shutdown state,
@@ -84,6 +91,7 @@ struct MainController::Impl {
     bool playerRetained = false;
 
     // MainController.cpp
+    void createSelection();
     void createProgramSide();
     void pushSettings();
     void pushManualCrossfade();

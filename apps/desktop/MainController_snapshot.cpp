@@ -7,7 +7,7 @@
 #include "playlist/playlist_text.h"
 #include "playout/dual_deck_player.h"
 #include "playout/program_playout_controller.h"
-#include "playout/selection_holder.h"
+#include "playlist/item_selection.h"
 #include "shell/application_log.h"
 #include "shell/log_categories.h"
 
