@@ -147,6 +147,16 @@ private slots:
         qint64 first = -1;
         QVERIFY(QTest::qWaitFor([&] { return (first = field(app.state(), "positionMs")) >= 0; }, 10000));
         QVERIFY(QTest::qWaitFor([&] { return field(app.state(), "positionMs") > first + 200; }, 10000));
+        // The fields the panels read follow the first eight, in this order;
+        // EDIT and PFL have no owner yet.
+        const QByteArray stateLine = app.ctl({"state"}).line;
+        QVERIFY2(QRegularExpression(R"(^\{"selectedItemId":1,"onAirItemId":1,"cueItemId":[^,]+,"dskItemId":null,)"
+                                    R"("bgmItemId":null,"currentDeck":[01],"positionMs":\d+,"remainingMs":\d+,)"
+                                    R"("programPlaying":true,"ftbActive":false,"playbackRate":1(\.0)?,)"
+                                    R"("editItemId":null,"editPositionMs":null,"pflOn":null\}$)")
+                     .match(QString::fromUtf8(stateLine))
+                     .hasMatch(),
+                 stateLine.constData());
 
         CtlAnswer answer = app.ctl({"importPlaylist", showFile()});
         QCOMPARE(answer.exitCode, 1);

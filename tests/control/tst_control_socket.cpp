@@ -361,7 +361,8 @@ private slots:
         QVERIFY(connectTo(client, socketPath()));
         QCOMPARE(ask(client, R"({"query":"state"})"),
                  QByteArray(R"({"selectedItemId":null,"onAirItemId":null,"cueItemId":null,"dskItemId":null,)"
-                            R"("bgmItemId":null,"currentDeck":null,"positionMs":null,"remainingMs":null})"));
+                            R"("bgmItemId":null,"currentDeck":null,"positionMs":null,"remainingMs":null,"programPlaying":null,)"
+                            R"("ftbActive":null,"playbackRate":null,"editItemId":null,"editPositionMs":null,"pflOn":null})"));
 
         auto deck = std::make_unique<QObject>();
         QVERIFY(state.setProvider(ControlStateRegistry::Field::CurrentDeck, deck.get(), [] { return QJsonValue("A"); }));
@@ -370,7 +371,8 @@ private slots:
         QVERIFY(!state.setProvider(ControlStateRegistry::Field::PositionMs, &other, [] { return QJsonValue(1); }));
         QCOMPARE(ask(client, R"({"query":"state"})"),
                  QByteArray(R"({"selectedItemId":null,"onAirItemId":null,"cueItemId":null,"dskItemId":null,)"
-                            R"("bgmItemId":null,"currentDeck":"A","positionMs":1500,"remainingMs":null})"));
+                            R"("bgmItemId":null,"currentDeck":"A","positionMs":1500,"remainingMs":null,"programPlaying":null,)"
+                            R"("ftbActive":null,"playbackRate":null,"editItemId":null,"editPositionMs":null,"pflOn":null})"));
         // When the owner goes its fields read null and another may take them.
         deck.reset();
         QVERIFY(state.value(ControlStateRegistry::Field::CurrentDeck).isNull());

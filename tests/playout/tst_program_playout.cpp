@@ -74,6 +74,11 @@ void TestProgramPlayout::takePressedTwiceWhilePreparingTakesOnce()
     QCOMPARE(state.value("currentDeck").toInt(), 0);
     QCOMPARE(state.value("positionMs").toInteger(), qint64(1200));
     QCOMPARE(state.value("remainingMs").toInteger(), qint64(1800));
+    QCOMPARE(state.value("programPlaying"), QJsonValue(true));
+    QCOMPARE(state.value("ftbActive"), QJsonValue(false));
+    QCOMPARE(state.value("playbackRate"), QJsonValue(1.0));
+    // EDIT and PFL have no owner here.
+    QVERIFY(state.value("editItemId").isNull() && state.value("editPositionMs").isNull() && state.value("pflOn").isNull());
 
     // The item remembers where it was after it leaves the air.
     QCOMPARE(rig.model.lastPlayedPosition(a), std::optional<qint64>(1200));

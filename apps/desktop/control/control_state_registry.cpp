@@ -26,6 +26,12 @@ QString ControlStateRegistry::fieldKey(Field field)
     case Field::CurrentDeck: return QStringLiteral("currentDeck");
     case Field::PositionMs: return QStringLiteral("positionMs");
     case Field::RemainingMs: return QStringLiteral("remainingMs");
+    case Field::ProgramPlaying: return QStringLiteral("programPlaying");
+    case Field::FtbActive: return QStringLiteral("ftbActive");
+    case Field::PlaybackRate: return QStringLiteral("playbackRate");
+    case Field::EditItemId: return QStringLiteral("editItemId");
+    case Field::EditPositionMs: return QStringLiteral("editPositionMs");
+    case Field::PflOn: return QStringLiteral("pflOn");
     }
     return QString();
 }

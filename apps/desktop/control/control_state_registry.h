@@ -29,8 +29,14 @@ public:
         CurrentDeck,
         PositionMs,
         RemainingMs,
+        ProgramPlaying,
+        FtbActive,
+        PlaybackRate,
+        EditItemId,
+        EditPositionMs,
+        PflOn,
     };
-    static constexpr int FieldCount = 8;
+    static constexpr int FieldCount = 14;
 
     using Provider = std::function<QJsonValue()>;
 

@@ -520,6 +520,9 @@ ProgramPlayoutController::ProgramPlayoutController(std::unique_ptr<ProgramPlayer
         state->setProvider(Field::RemainingMs, this, [this, msOrNull] {
             return onAirItemId() ? msOrNull(d->remainingMs) : QJsonValue();
         });
+        state->setProvider(Field::ProgramPlaying, this, [this] { return QJsonValue(isPlaying()); });
+        state->setProvider(Field::FtbActive, this, [this] { return QJsonValue(isFtbActive()); });
+        state->setProvider(Field::PlaybackRate, this, [this] { return QJsonValue(playbackRate()); });
     }
 
     if (d->options.startTimers && d->player->isInitialized())
