@@ -12,6 +12,7 @@
 //
 // "--cuts N" and "--seconds N" shorten the runs for a quick check.
 
+#include "kit/frame_tap.h"
 #include "playout/dual_deck_player.h"
 
 #include "../tests/video/private_xvfb.h"
@@ -44,57 +45,15 @@ namespace {
 constexpr double kTargetP95Frames = 1.0;
 constexpr double kTargetCpuRatio = 2.0;
 
-struct Pixel {
-    quint64 sequence = 0;
-    int r = 0;
-    int g = 0;
-    int b = 0;
-};
+using testkit::isBlue;
+using testkit::isRed;
+using testkit::TapPixel;
 
-class FrameLog
-{
-public:
-    void add(const ProgramTapFrame &frame)
-    {
-        const quint8 *p = frame.pixels + std::size_t(frame.height / 2) * frame.stride
-                          + 4 * std::size_t(frame.width / 2);
-        std::lock_guard lock(m_mutex);
-        m_pixels.push_back({frame.sequence, p[2], p[1], p[0]});
-        if (m_pixels.size() > 4096)
-            m_pixels.erase(m_pixels.begin(), m_pixels.begin() + 2048);
-    }
-    std::vector<Pixel> since(quint64 sequence) const
-    {
-        std::lock_guard lock(m_mutex);
-        std::vector<Pixel> out;
-        for (const Pixel &pixel : m_pixels)
-            if (pixel.sequence > sequence)
-                out.push_back(pixel);
-        return out;
-    }
-    quint64 lastSequence() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_pixels.empty() ? 0 : m_pixels.back().sequence;
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<Pixel> m_pixels;
-};
-
-bool isRed(const Pixel &p) { return p.r > 200 && p.g < 40 && p.b < 40; }
-bool isBlue(const Pixel &p) { return p.b > 200 && p.r < 40 && p.g < 40; }
-
-QString solidClip(const char *colour, const char *argb)
+QString solidClip(const char *colour, quint32 argb)
 {
     const QString path = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/solid-%1-1080p30-4s.mp4")
                              .arg(QString::fromLatin1(colour));
-    const QString body =
-        QStringLiteral("videotestsrc num-buffers=120 pattern=solid-color foreground-color=%1 ! "
-                       "video/x-raw,width=1920,height=1080,framerate=30/1 ! "
-                       "openh264enc gop-size=30 bitrate=2000000 ! h264parse ! mp4mux")
-            .arg(QString::fromLatin1(argb));
+    const QString body = testkit::solidClipBody({argb, 1920, 1080, 30, 120, 30, 2000000});
     return tarnix::bench::generateMedia(path, body) ? path : QString();
 }
 
@@ -194,16 +153,17 @@ int main(int argc, char **argv)
     const int cuts = std::max(2, intArgument(arguments, QStringLiteral("--cuts"), 50));
     const int seconds = std::clamp(intArgument(arguments, QStringLiteral("--seconds"), 8), 1, 8);
 
-    const QString red = solidClip("red", "0xffff0000");
-    const QString blue = solidClip("blue", "0xff0000ff");
+    const QString red = solidClip("red", 0xffff0000);
+    const QString blue = solidClip("blue", 0xff0000ff);
     const QString zonePlate = zonePlateClip();
     if (red.isEmpty() || blue.isEmpty() || zonePlate.isEmpty())
         return 1;
 
-    auto frames = std::make_shared<FrameLog>();
+    // A long run keeps the newest frames only.
+    auto frames = std::make_shared<testkit::FrameTap>(testkit::FrameTap::Options{4096, false});
     DualDeckPlayerOptions options;
     options.audioSinkFactory = QStringLiteral("fakesink sync=true");
-    options.frameTap = [frames](const ProgramTapFrame &frame) { frames->add(frame); };
+    options.frameTap = testkit::FrameTap::callback(frames);
     auto player = std::make_unique<DualDeckPlayer>(options);
     player->setGeometry(0, 0, 1920, 1080);
     player->show();
@@ -229,9 +189,9 @@ int main(int argc, char **argv)
         if (!cue(*player, toRed ? red : blue))
             return 1;
         // Let the old deck play a little, as a real take would.
-        const quint64 settle = frames->lastSequence();
-        pollUntil(*player, [&] { return frames->lastSequence() >= settle + 6; }, 2000);
-        const quint64 before = frames->lastSequence();
+        const quint64 settle = frames->last().sequence;
+        pollUntil(*player, [&] { return frames->last().sequence >= settle + 6; }, 2000);
+        const quint64 before = frames->last().sequence;
         if (!player->takeStandby(false, 1.0f)) {
             std::fprintf(stderr, "take %d was refused\n", cut);
             return 1;
@@ -241,7 +201,7 @@ int main(int argc, char **argv)
         pollUntil(
             *player,
             [&] {
-                for (const Pixel &pixel : frames->since(before)) {
+                for (const TapPixel &pixel : frames->since(before)) {
                     if (toRed ? isRed(pixel) : isBlue(pixel)) {
                         first = pixel.sequence;
                         return true;
@@ -254,7 +214,7 @@ int main(int argc, char **argv)
             std::fprintf(stderr, "cut %d never showed the new clip\n", cut);
             return 1;
         }
-        for (const Pixel &pixel : frames->since(before)) {
+        for (const TapPixel &pixel : frames->since(before)) {
             if (pixel.sequence >= first)
                 break;
             // The first cut comes from the background; later ones from the other clip.

@@ -20,6 +20,7 @@
 // "--runs N" changes the number of selections (default 20), "--loops N" the
 // number of loop points (default 50).
 
+#include "kit/item_request.h"
 #include "control/controller_operations.h"
 #include "playlist/playlist_model.h"
 #include "playout/dual_deck_player.h"
@@ -236,22 +237,9 @@ int main(int argc, char **argv)
 
     PlaylistModel model;
     QList<PlaylistItemRequest> requests;
-    for (qint64 inMs : kInPointsMs) {
-        PlaylistItemRequest request;
-        request.filePath = file;
-        request.displayName = QStringLiteral("in %1").arg(inMs);
-        request.mediaType = PlaylistMediaType::video;
-        request.settings.inPointMs = inMs;
-        requests.append(request);
-    }
-    PlaylistItemRequest loopRequest;
-    loopRequest.filePath = numbered;
-    loopRequest.displayName = QStringLiteral("numbered");
-    loopRequest.mediaType = PlaylistMediaType::video;
-    loopRequest.settings.startMode = PlaylistStartMode::play;
-    loopRequest.settings.endMode = PlaylistEndMode::repeat;
-    loopRequest.settings.repeatCount = 0;
-    requests.append(loopRequest);
+    for (qint64 inMs : kInPointsMs)
+        requests.append(testkit::ItemRequest(file).name(QStringLiteral("in %1").arg(inMs)).inPoint(inMs));
+    requests.append(testkit::ItemRequest(numbered).name(QStringLiteral("numbered")).playing().repeat(0));
     QList<quint64> ids = model.addItems(requests);
     const quint64 loopItem = ids.takeLast();
     ControllerOperations operations;

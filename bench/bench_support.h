@@ -2,11 +2,11 @@
 
 // Shared pieces of the bench programs: generated media and percentiles.
 
+#include "kit/clip_generator.h"
+
 #include <gst/gst.h>
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QString>
 
 #include <algorithm>
@@ -28,45 +28,19 @@ inline QString zonePlate1080pBody()
                           "mp4mux name=mux");
 }
 
-// Runs "<body> ! filesink" into a partial file and renames it when the
-// pipeline reached end of stream, so an interrupted run leaves nothing that
-// a later run would take as finished. An existing file is kept. feed, when
-// given, runs once the pipeline plays (to push buffers into an appsrc).
+// Writes the clip with the kit's generator unless it exists, telling on the
+// console what it does and why it failed. feed, when given, runs once the
+// pipeline plays (to push buffers into an appsrc).
 inline bool generateMedia(const QString &path, const QString &body,
                           const std::function<void(GstElement *pipeline)> &feed = {})
 {
     if (QFile::exists(path))
         return true;
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const QString partial = path + QStringLiteral(".partial");
-    const QString description = body + QStringLiteral(" ! filesink location=\"%1\"").arg(partial);
     std::printf("generating %s ...\n", qPrintable(path));
     std::fflush(stdout);
-    GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description.toUtf8().constData(), &error);
-    if (error || !pipeline) {
-        std::fprintf(stderr, "cannot build the generator: %s\n", error ? error->message : "unknown");
-        if (error)
-            g_error_free(error);
-        if (pipeline)
-            gst_object_unref(pipeline);
-        return false;
-    }
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    if (feed)
-        feed(pipeline);
-    GstBus *bus = gst_element_get_bus(pipeline);
-    GstMessage *done = gst_bus_timed_pop_filtered(
-        bus, GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool ok = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(pipeline);
-    if (!ok || !QFile::rename(partial, path)) {
-        QFile::remove(partial);
-        std::fprintf(stderr, "generating %s failed\n", qPrintable(path));
+    QString error;
+    if (!testkit::generateClip(path, body, &error, feed, 3600)) {
+        std::fprintf(stderr, "%s\n", qPrintable(error));
         return false;
     }
     return true;

@@ -2,6 +2,7 @@
 // playlist operations it owns, a controller window that goes first, and the
 // end of the run.
 
+#include "kit/item_request.h"
 #include "MainController.h"
 
 #include "control/controller_operations.h"
@@ -24,17 +25,12 @@
 
 #include <memory>
 
+#include "kit/log_capture.h"
+
 using namespace tarnix;
 using Ops = ControllerOperations;
 
 namespace {
-
-QStringList g_messages;
-
-void captureMessage(QtMsgType, const QMessageLogContext &, const QString &text)
-{
-    g_messages << text;
-}
 
 // A controller on small windows with a small picture and no sound server.
 struct Rig {
@@ -63,15 +59,8 @@ struct Rig {
 
     quint64 add(const QString &name, qint32 playlist = 1)
     {
-        const QString path = dir.filePath(name);
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        PlaylistItemRequest request;
-        request.filePath = path;
-        request.displayName = name;
-        request.mediaType = PlaylistMediaType::video;
-        request.targetPlaylistNumber = playlist;
-        return model().addItems({request}).value(0);
+        const QString path = testkit::touchFile(dir.filePath(name));
+        return model().addItems({testkit::ItemRequest(path).playlist(playlist)}).value(0);
     }
 
     QString shown() const
@@ -184,23 +173,27 @@ private slots:
         const quint64 a = rig.add("a.mp4");
         rig.add("b.mp4");
         QVERIFY(rig.model().setDskItem(a));
-        g_messages.clear();
-        QtMessageHandler previous = qInstallMessageHandler(captureMessage);
-        rig.controller->writeDebugSnapshot();
-        const QStringList quiet = g_messages;
-        setDebugMode(true);
-        rig.controller->writeDebugSnapshot();
-        setDebugMode(false);
-        qInstallMessageHandler(previous);
+        QStringList quiet;
+        QStringList messages;
+        {
+            testkit::LogCapture capture;
+            rig.controller->writeDebugSnapshot();
+            quiet = capture.texts();
+            capture.clear();
+            setDebugMode(true);
+            rig.controller->writeDebugSnapshot();
+            setDebugMode(false);
+            messages = capture.texts();
+        }
         QVERIFY(quiet.filter("DEBUG").isEmpty());
-        QCOMPARE(g_messages.filter(QStringLiteral("DEBUG snapshot onAir=0 cue=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
-        QCOMPARE(g_messages.filter(QStringLiteral("playlist=1 selected=0 onAir=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
-        const QStringList items = g_messages.filter("DEBUG item id=");
+        QCOMPARE(messages.filter(QStringLiteral("DEBUG snapshot onAir=0 cue=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
+        QCOMPARE(messages.filter(QStringLiteral("playlist=1 selected=0 onAir=0 edit=0 dsk=%1 bgm=0").arg(a)).size(), 1);
+        const QStringList items = messages.filter("DEBUG item id=");
         QCOMPARE(items.size(), 2);
         QVERIFY2(items.first().contains(" inMs=0 outMs=none startMode=pause endMode=pause repeat=0 repeatEnd=pause "
                                         "goto=0 volumeTenthsDb=0 fadeIn=off fadeOut=off crossfade=off"),
                  qPrintable(items.first()));
-        QCOMPARE(g_messages.filter(QRegularExpression("^OUTPUT device=.* status=")).size(), 1);
+        QCOMPARE(messages.filter(QRegularExpression("^OUTPUT device=.* status=")).size(), 1);
     }
 
     void playerThatCannotComeUpIsTold()

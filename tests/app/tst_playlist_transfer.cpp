@@ -3,6 +3,7 @@
 // tst_app_process): each reaches the caller in its own words and changes
 // nothing.
 
+#include "kit/item_request.h"
 #include "playlist/playlist_document.h"
 #include "playlist/playlist_model.h"
 #include "playlist/playlist_transfer.h"
@@ -28,15 +29,8 @@ struct Rig {
 
     quint64 add(const QString &name, qint32 playlist = 1)
     {
-        const QString path = dir.filePath(name);
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        PlaylistItemRequest request;
-        request.filePath = path;
-        request.displayName = name;
-        request.mediaType = PlaylistMediaType::video;
-        request.targetPlaylistNumber = playlist;
-        return model.addItems({request}).value(0);
+        const QString path = testkit::touchFile(dir.filePath(name));
+        return model.addItems({testkit::ItemRequest(path).playlist(playlist)}).value(0);
     }
 
     // Runs one transfer to its end.

@@ -3,7 +3,8 @@
 #include "audio/program_level_timeline.h"
 #include "pcm_probe.h"
 #include "program_output_probe.h"
-#include "support/captured_warnings.h"
+#include "kit/clip_generator.h"
+#include "kit/log_capture.h"
 #include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
@@ -102,25 +103,14 @@ private slots:
         QVERIFY(registerAudioElements());
         // Two seconds of 440 Hz, then two seconds of 880 Hz.
         m_twoTones = m_media.filePath(QStringLiteral("two-tones.wav"));
-        const QString description =
-            QStringLiteral("concat name=c ! audioconvert ! audio/x-raw,format=F32LE ! wavenc ! "
-                           "filesink location=%1 "
-                           "audiotestsrc freq=440 volume=0.3 num-buffers=100 samplesperbuffer=960 ! "
-                           "audio/x-raw,rate=48000,channels=2 ! c. "
-                           "audiotestsrc freq=880 volume=0.3 num-buffers=100 samplesperbuffer=960 ! "
-                           "audio/x-raw,rate=48000,channels=2 ! c.")
-                .arg(m_twoTones);
-        GstElement *writer = gst_parse_launch(description.toUtf8().constData(), nullptr);
-        QVERIFY(writer);
-        gst_element_set_state(writer, GST_STATE_PLAYING);
-        GstBus *bus = gst_element_get_bus(writer);
-        GstMessage *done = gst_bus_timed_pop_filtered(
-            bus, 20 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-        QVERIFY(done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS);
-        gst_message_unref(done);
-        gst_object_unref(bus);
-        gst_element_set_state(writer, GST_STATE_NULL);
-        gst_object_unref(writer);
+        const QString body = QStringLiteral(
+            "audiotestsrc freq=440 volume=0.3 num-buffers=100 samplesperbuffer=960 ! "
+            "audio/x-raw,rate=48000,channels=2 ! c. "
+            "audiotestsrc freq=880 volume=0.3 num-buffers=100 samplesperbuffer=960 ! "
+            "audio/x-raw,rate=48000,channels=2 ! c. "
+            "concat name=c ! audioconvert ! audio/x-raw,format=F32LE ! wavenc");
+        QString error;
+        QVERIFY2(testkit::generateClip(m_twoTones, body, &error), qPrintable(error));
     }
 
     void buildsTheNamedGraph()
@@ -148,7 +138,7 @@ private slots:
         QCOMPARE(state, GST_STATE_NULL);
         QCOMPARE(output.statusKey(), QStringLiteral("settings.output.applied"));
 
-        CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         ProgramAudioOutput broken;
         QVERIFY(!broken.create(nullptr, nullptr, QString(), QStringLiteral("no-such-sink-factory")));
         QVERIFY(warnings.contains(QStringLiteral("Failed to create dual-deck Program output:")));
@@ -370,7 +360,7 @@ private slots:
         output.reset();
         QVERIFY(freed->load());
 
-        CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         output = std::make_unique<ProgramAudioOutput>(quick);
         QVERIFY(output->create(nullptr, nullptr, QString(), QString::fromLatin1(kAppSinkOutput)));
         QVERIFY(ProgramOutputProbe::start(*output));

@@ -2,7 +2,7 @@
 #include "control/control_socket_server.h"
 #include "control/control_state_registry.h"
 #include "control/controller_operations.h"
-#include "control_log_capture.h"
+#include "kit/log_capture.h"
 #include "playlist/playlist_records.h"
 #include "shell/command_line.h"
 #include "shell/settings_store.h"
@@ -112,7 +112,7 @@ private slots:
 
     void invokesThroughTheRegistry()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlStateRegistry state;
         ControlSocketServer server(&ops, &state);
@@ -142,7 +142,7 @@ private slots:
 
     void typedArgumentsArriveWithTheirExactTypes()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlSocketServer server(&ops, nullptr);
         QVERIFY(server.listen(socketPath()));
@@ -201,7 +201,7 @@ private slots:
     void malformedLinesGetAnErrorAndChangeNothing()
     {
         QFETCH(QByteArray, line);
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlSocketServer server(&ops, nullptr);
         QVERIFY(server.listen(socketPath()));
@@ -223,7 +223,7 @@ private slots:
 
     void overlongLineEndsTheConnection()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlSocketServer server(&ops, nullptr);
         QVERIFY(server.listen(socketPath()));
@@ -258,7 +258,7 @@ private slots:
 
     void clientThatNeverReadsCannotHoldTheMainThread()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlStateRegistry state;
         QObject owner;
@@ -325,7 +325,7 @@ private slots:
 
     void connectionsAreLimited()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlSocketOptions options;
         options.maxConnections = 2;
@@ -352,7 +352,7 @@ private slots:
 
     void stateQueryReadsRegisteredProviders()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlStateRegistry state;
         ControlSocketServer server(&ops, &state);
@@ -382,7 +382,7 @@ private slots:
 
     void socketFileIsPrivateAndNeverTakenFromALiveServer()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         {
             ControlSocketServer server(&ops, nullptr);
@@ -446,7 +446,7 @@ private slots:
     // lines wait for that answer, so answers keep the order of requests.
     void commandsAreAnsweredWhenDoneAndInOrder()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlStateRegistry state;
         auto server = std::make_unique<ControlSocketServer>(&ops, &state);
@@ -491,7 +491,7 @@ private slots:
 #ifdef TARNIXCTL_EXECUTABLE
     void tarnixctlSendsOneRequest()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ControlSocketServer server(&ops, nullptr);
         QVERIFY(server.listen(socketPath()));

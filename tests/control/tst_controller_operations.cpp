@@ -1,5 +1,5 @@
 #include "control/controller_operations.h"
-#include "control_log_capture.h"
+#include "kit/log_capture.h"
 #include "playlist/playlist_records.h"
 #include "shell/application_log.h"
 #include "shell/log_test_helpers.h"
@@ -74,7 +74,7 @@ private slots:
     // first request of the process has id 1.
     void requestAndResultLinesStartAtIdOne()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops(fixedClock());
         ops.setContextProvider([] { return QStringLiteral("playlist=1 selected=7 onAir=0 edit=0 dsk=0 bgm=0"); });
         QObject owner;
@@ -86,7 +86,7 @@ private slots:
         QCOMPARE(id, quint64(1));
         QCOMPARE(ops.invoke(Ops::RenamePlaylist, 2, QStringLiteral("News")).status, Ops::Rejected);
 
-        const QList<test::ControlRecord> records = capture.records();
+        const QList<testkit::CapturedRecord> records = capture.records();
         QCOMPARE(records.size(), 4);
         QCOMPARE(records[0].type, QtInfoMsg);
         QCOMPARE(records[0].text,
@@ -158,7 +158,7 @@ private slots:
         QFETCH(int, expected);
         QFETCH(bool, handlerRuns);
 
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         auto target = std::make_unique<QObject>();
         auto guardOwner = std::make_unique<QObject>();
@@ -191,7 +191,7 @@ private slots:
 
     void exactTypesReachTheHandler()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         Panel panel;
         quint64 id = 0;
@@ -226,7 +226,7 @@ private slots:
 
     void bindingRules()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         QObject owner;
         int first = 0;
@@ -271,7 +271,7 @@ private slots:
 
     void requestsFromOtherThreadsAreWrongThread()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         ops.setContextProvider([] { return QStringLiteral("playlist=1"); });
         QObject owner;
@@ -285,7 +285,7 @@ private slots:
         worker.join();
         QCOMPARE(status, Ops::WrongThread);
         QCOMPARE(runs, 0);
-        const QList<test::ControlRecord> records = capture.records();
+        const QList<testkit::CapturedRecord> records = capture.records();
         QCOMPARE(records.size(), 2);
         // Not continuous off the registry's thread: the request is an info
         // line, without context, and the refusal a warning.
@@ -298,7 +298,7 @@ private slots:
 
     void guardThatFlipsDuringAnnouncementStopsTheHandler()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         Panel panel;
         bool allowed = true;
@@ -322,7 +322,7 @@ private slots:
 
     void nestedSourcesAreRestored()
     {
-        test::ControlLogCapture capture;
+        testkit::LogCapture capture(testkit::LogCapture::category(QStringLiteral("CONTROL")));
         Ops ops;
         QObject owner;
         QStringList seen;

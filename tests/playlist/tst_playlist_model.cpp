@@ -1,3 +1,4 @@
+#include "kit/item_request.h"
 #include "playlist/playlist_document.h"
 #include "playlist/playlist_document_io.h"
 #include "playlist/playlist_model.h"
@@ -45,12 +46,7 @@ public:
 
 PlaylistItemRequest camera(const QString &path = "/dev/video0", const QString &name = "Camera")
 {
-    PlaylistItemRequest r;
-    r.filePath = path;
-    r.displayName = name;
-    r.sourceType = PlaylistSourceType::uvc;
-    r.mediaType = PlaylistMediaType::video;
-    return r;
+    return testkit::ItemRequest(path).name(name).source(PlaylistSourceType::uvc);
 }
 
 PlaylistModelOptions quietScan()
@@ -68,15 +64,7 @@ class TestPlaylistModel : public QObject {
 
     PlaylistItemRequest file(const QString &name, qint32 playlist = 0)
     {
-        const QString path = dir.filePath(name);
-        QFile f(path);
-        if (!f.exists())
-            (void)(f.open(QIODevice::WriteOnly));
-        PlaylistItemRequest r;
-        r.filePath = path;
-        r.mediaType = PlaylistMediaType::video;
-        r.targetPlaylistNumber = playlist;
-        return r;
+        return testkit::ItemRequest(testkit::touchFile(dir.filePath(name))).playlist(playlist);
     }
 
     QList<quint64> files(PlaylistModel &m, int n, qint32 playlist = 0)

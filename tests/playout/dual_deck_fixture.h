@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/frame_tap.h"
 #include "playout/deck_source_session.h"
 #include "playout/dual_deck_player.h"
 #include "support/test_paths.h"
@@ -7,57 +8,14 @@
 #include <QtTest>
 
 #include <memory>
-#include <mutex>
-#include <vector>
 
 namespace tarnix::test {
 
-// The centre pixel of one composed frame.
-struct TapPixel {
-    quint64 sequence = 0;
-    int r = 0;
-    int g = 0;
-    int b = 0;
-    // System clock time at which the frame was composed.
-    GstClockTime clockNs = GST_CLOCK_TIME_NONE;
-};
-
-// Centre pixels of every composed frame, written on the frame clock's thread.
-class FrameLog
-{
-public:
-    void add(const ProgramTapFrame &frame)
-    {
-        const quint8 *p = frame.pixels + std::size_t(frame.height / 2) * frame.stride
-                          + 4 * std::size_t(frame.width / 2);
-        static GstClock *const clock = gst_system_clock_obtain();
-        const GstClockTime now = gst_clock_get_time(clock);
-        std::lock_guard lock(m_mutex);
-        m_pixels.push_back({frame.sequence, p[2], p[1], p[0], now});
-    }
-    std::vector<TapPixel> since(quint64 sequence) const
-    {
-        std::lock_guard lock(m_mutex);
-        std::vector<TapPixel> out;
-        for (const TapPixel &pixel : m_pixels)
-            if (pixel.sequence > sequence)
-                out.push_back(pixel);
-        return out;
-    }
-    TapPixel last() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_pixels.empty() ? TapPixel{} : m_pixels.back();
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<TapPixel> m_pixels;
-};
-
-inline bool isRed(const TapPixel &p) { return p.r > 200 && p.g < 40 && p.b < 40; }
-inline bool isBlue(const TapPixel &p) { return p.b > 200 && p.r < 40 && p.g < 40; }
-inline bool isBlack(const TapPixel &p) { return p.r < 16 && p.g < 16 && p.b < 16; }
+using testkit::FrameTap;
+using testkit::isBlack;
+using testkit::isBlue;
+using testkit::isRed;
+using testkit::TapPixel;
 
 inline QString media(const char *name)
 {
@@ -87,7 +45,7 @@ public:
         options.deckTimings.nullConfirmation = std::chrono::milliseconds(500);
         options.audioSinkFactory = QStringLiteral("fakesink sync=true");
         options.audioTimings.stateWait = std::chrono::milliseconds(1000);
-        options.frameTap = [log = frames](const ProgramTapFrame &frame) { log->add(frame); };
+        options.frameTap = FrameTap::callback(frames);
     }
 
     ~PlayerFixture()
@@ -138,7 +96,7 @@ public:
     }
 
     DualDeckPlayerOptions options;
-    std::shared_ptr<FrameLog> frames = std::make_shared<FrameLog>();
+    std::shared_ptr<FrameTap> frames = std::make_shared<FrameTap>();
     std::unique_ptr<DualDeckPlayer> player;
 };
 

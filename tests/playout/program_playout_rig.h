@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/item_request.h"
 #include "fake_program_player.h"
 
 #include "control/control_state_registry.h"
@@ -50,17 +51,9 @@ struct ProgramPlayoutRig {
     quint64 add(const QString &path, PlaylistItemSettings settings = {}, qint64 durationMs = 3000,
                 PlaylistMediaType mediaType = PlaylistMediaType::video, qint32 playlist = 0)
     {
-        // The model only takes files that exist.
-        const QString file = media.filePath(QFileInfo(path).fileName());
-        QFile touch(file);
-        touch.open(QIODevice::WriteOnly);
-        PlaylistItemRequest request;
-        request.filePath = file;
-        request.displayName = path;
-        request.mediaType = mediaType;
-        request.settings = settings;
-        request.targetPlaylistNumber = playlist;
-        const QList<quint64> ids = model.addItems({request});
+        const QString file = testkit::touchFile(media.filePath(QFileInfo(path).fileName()));
+        const QList<quint64> ids = model.addItems(
+            {testkit::ItemRequest(file).name(path).type(mediaType).settings(settings).playlist(playlist)});
         player->durations.insert(file, durationMs);
         return ids.value(0);
     }

@@ -1,3 +1,4 @@
+#include "kit/item_request.h"
 #include "dual_deck_fixture.h"
 
 #include "playlist/playlist_model.h"
@@ -79,16 +80,8 @@ private slots:
         QVERIFY(player->isInitialized());
 
         PlaylistModel model;
-        PlaylistItemRequest red;
-        red.filePath = media("solid-red-4s.mp4");
-        red.displayName = QStringLiteral("red");
-        red.mediaType = PlaylistMediaType::video;
-        red.settings.startMode = PlaylistStartMode::play;
-        red.settings.endMode = PlaylistEndMode::pause;
-        PlaylistItemRequest blue = red;
-        blue.filePath = media("solid-blue-4s.mp4");
-        blue.displayName = QStringLiteral("blue");
-        const QList<quint64> ids = model.addItems({red, blue});
+        const QList<quint64> ids = model.addItems({testkit::ItemRequest(media("solid-red-4s.mp4")).playing(),
+                                                   testkit::ItemRequest(media("solid-blue-4s.mp4")).playing()});
         QCOMPARE(ids.size(), 2);
         SelectionHolder selection(&model, nullptr);
         UserInfoCenter info;

@@ -1,7 +1,6 @@
 #include "dual_deck_fixture.h"
 
 #include "shell/pipeline_release.h"
-#include "support/captured_warnings.h"
 #include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
@@ -15,7 +14,7 @@ namespace {
 // Sequence of the first frame after `since` that matches, or 0; sets
 // `between` when a frame that is neither old nor new comes before it.
 template <typename IsNew, typename IsOld>
-quint64 firstFrame(const FrameLog &log, quint64 since, IsNew isNew, IsOld isOld, bool *between)
+quint64 firstFrame(const FrameTap &log, quint64 since, IsNew isNew, IsOld isOld, bool *between)
 {
     *between = false;
     for (const TapPixel &pixel : log.since(since)) {

@@ -1,6 +1,6 @@
 #include "playout/async_pipeline_stop.h"
 #include "shell/pipeline_release.h"
-#include "support/captured_warnings.h"
+#include "kit/log_capture.h"
 #include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 
@@ -54,7 +54,7 @@ private slots:
     void releaseFreesOnlyConfirmedPipelines()
     {
         QFETCH(bool, refuses);
-        test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         GstElement *pipeline = refuses ? pipelineRefusingNull() : runningPipeline();
         auto finalized = test::watchFinalization(pipeline);
         const std::size_t retainedBefore = retainedCount();
@@ -73,18 +73,18 @@ private slots:
 
     void stopPipelineWarnsWithItsLabel()
     {
-        test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         QVERIFY(stopPipeline(nullptr, QStringLiteral("nothing")));
 
         GstElement *refusing = pipelineRefusingNull();
         QVERIFY(!stopPipeline(refusing, QStringLiteral("dual-deck playbin"), 100ms));
-        QCOMPARE(warnings.messages(),
+        QCOMPARE(warnings.texts(),
                  QStringList{QStringLiteral("dual-deck playbin rejected GST_STATE_NULL")});
         retainPipelineForProcess(refusing);
 
         GstElement *running = runningPipeline();
         QVERIFY(stopPipeline(running, QStringLiteral("UVC mapped audio pipeline")));
-        QCOMPARE(warnings.messages().size(), 1);
+        QCOMPARE(warnings.texts().size(), 1);
         gst_object_unref(running);
     }
 
@@ -100,7 +100,7 @@ private slots:
     void asyncStopRunsItsStepsInOrder()
     {
         QFETCH(bool, refuses);
-        test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         GstElement *pipeline = refuses ? pipelineRefusingNull() : runningPipeline();
         auto finalized = test::watchFinalization(pipeline);
         auto order = std::make_shared<std::atomic<int>>(0);

@@ -3,6 +3,8 @@
 
 #include "program_playout_rig.h"
 
+#include "kit/log_capture.h"
+
 #include <QTest>
 
 #include <mutex>
@@ -12,35 +14,13 @@ using namespace tarnix::test;
 
 namespace {
 
-// Keeps the "AUTO PROGRAM" lines of the log.
-QStringList *g_autoLines = nullptr;
-QtMessageHandler g_previous = nullptr;
-
-void collectAutoLines(QtMsgType type, const QMessageLogContext &context, const QString &text)
+// The "AUTO PROGRAM" lines of the log.
+testkit::LogCapture::Options autoLines()
 {
-    if (g_autoLines && text.startsWith(QStringLiteral("AUTO PROGRAM")))
-        g_autoLines->append(text);
-    else if (g_previous)
-        g_previous(type, context, text);
+    testkit::LogCapture::Options options;
+    options.prefix = QStringLiteral("AUTO PROGRAM");
+    return options;
 }
-
-struct AutoLines {
-    QStringList lines;
-    AutoLines()
-    {
-        g_autoLines = &lines;
-        g_previous = qInstallMessageHandler(collectAutoLines);
-    }
-    ~AutoLines()
-    {
-        qInstallMessageHandler(g_previous);
-        g_autoLines = nullptr;
-    }
-    int count(const QString &prefix) const
-    {
-        return int(std::count_if(lines.begin(), lines.end(), [&](const QString &l) { return l.startsWith(prefix); }));
-    }
-};
 
 PlaylistItemSettings repeating(qint32 count, PlaylistRepeatEndMode after = PlaylistRepeatEndMode::pause)
 {
@@ -85,7 +65,7 @@ private slots:
 
 void TestProgramEndModes::repeatThreeTimesThenNext()
 {
-    AutoLines log;
+    testkit::LogCapture log(autoLines());
     ProgramPlayoutRig rig;
     const quint64 a = rig.add(QStringLiteral("/media/a.mp4"), repeating(3, PlaylistRepeatEndMode::next), 3000);
     const quint64 b = rig.add(QStringLiteral("/media/b.mp4"), playing(), 4000);

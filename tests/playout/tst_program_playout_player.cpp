@@ -4,6 +4,9 @@
 #include "dual_deck_fixture.h"
 
 #include "audio/level_reading.h"
+#include "kit/clip_generator.h"
+#include "kit/item_request.h"
+#include "kit/log_capture.h"
 #include "control/controller_operations.h"
 #include "playlist/playlist_model.h"
 #include "playout/dual_deck_program_player.h"
@@ -26,17 +29,6 @@ using namespace tarnix::test;
 
 namespace {
 
-QStringList *g_lines = nullptr;
-QtMessageHandler g_previous = nullptr;
-
-void keepAutoLines(QtMsgType type, const QMessageLogContext &context, const QString &text)
-{
-    if (g_lines && text.startsWith(QStringLiteral("AUTO PROGRAM")))
-        g_lines->append(text);
-    else if (g_previous && type >= QtWarningMsg)
-        g_previous(type, context, text);
-}
-
 // Runs a real event loop, so that precise timers fire on time, until the
 // condition holds or the limit passes.
 template <typename Condition>
@@ -55,33 +47,6 @@ bool runUntil(Condition condition, int limitMs)
     check.start();
     loop.exec();
     return condition();
-}
-
-// Writes a clip with the pipeline description (the file is "@OUT@") and
-// waits for it; true when it was written whole.
-bool makeClip(const QString &description, const QString &path)
-{
-    GError *error = nullptr;
-    QString launch = description;
-    launch.replace(QStringLiteral("@OUT@"), QStringLiteral("\"%1\"").arg(path));
-    GstElement *maker = gst_parse_launch(launch.toUtf8().constData(), &error);
-    if (error) {
-        g_error_free(error);
-        if (maker)
-            gst_object_unref(maker);
-        return false;
-    }
-    gst_element_set_state(maker, GST_STATE_PLAYING);
-    GstBus *bus = gst_element_get_bus(maker);
-    GstMessage *done =
-        gst_bus_timed_pop_filtered(bus, 30 * GST_SECOND, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool made = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(maker, GST_STATE_NULL);
-    gst_object_unref(maker);
-    return made;
 }
 
 // The moments at which deck pipelines ran out of picture, on the system
@@ -203,14 +168,12 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     // stream is the end of its last frame.
     QTemporaryDir dir;
     const QString red = dir.filePath(QStringLiteral("red-3s.mp4"));
-    QVERIFY(makeClip(QStringLiteral("videotestsrc num-buffers=90 pattern=solid-color foreground-color=0xffff0000 ! "
-                                    "video/x-raw,width=320,height=180,framerate=30/1 ! openh264enc gop-size=30 ! "
-                                    "h264parse ! mp4mux ! filesink location=@OUT@"),
-                     red));
+    QString error;
+    QVERIFY2(testkit::generateClip(red, testkit::solidClipBody({}), &error), qPrintable(error));
 
-    QStringList lines;
-    g_lines = &lines;
-    g_previous = qInstallMessageHandler(keepAutoLines);
+    testkit::LogCapture::Options autoLines;
+    autoLines.prefix = QStringLiteral("AUTO PROGRAM");
+    testkit::LogCapture log(autoLines);
 
     PlayerFixture fixture;
     auto owned = std::make_unique<DualDeckPlayer>(fixture.options);
@@ -218,20 +181,9 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     QVERIFY(player->isInitialized());
 
     PlaylistModel model;
-    PlaylistItemRequest first;
-    first.filePath = red;
-    first.displayName = QStringLiteral("red");
-    first.mediaType = PlaylistMediaType::video;
-    first.settings.startMode = PlaylistStartMode::play;
-    first.settings.endMode = PlaylistEndMode::repeat;
-    first.settings.repeatCount = 3;
-    first.settings.repeatEndMode = PlaylistRepeatEndMode::next;
-    PlaylistItemRequest second = first;
-    second.filePath = media("solid-blue-4s.mp4");
-    second.displayName = QStringLiteral("blue");
-    second.settings = {};
-    second.settings.startMode = PlaylistStartMode::play;
-    const QList<quint64> ids = model.addItems({first, second});
+    const QList<quint64> ids =
+        model.addItems({testkit::ItemRequest(red).playing().repeat(3, PlaylistRepeatEndMode::next),
+                        testkit::ItemRequest(media("solid-blue-4s.mp4")).playing()});
     QCOMPARE(ids.size(), 2);
 
     ControllerOperations operations;
@@ -257,8 +209,6 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     QVERIFY(runUntil(watching([&] { return controller.onAirItemId() == ids[1]; }), 15000));
     QVERIFY(runUntil(watching([&] { return isBlue(fixture.frames->last()); }), 5000));
     (void)runUntil([] { return false; }, 200);
-    qInstallMessageHandler(g_previous);
-    g_lines = nullptr;
 
     const std::vector<TapPixel> frames = fixture.frames->since(beforeTake);
     const auto firstRed = std::find_if(frames.begin(), frames.end(), isRed);
@@ -286,12 +236,8 @@ void TestProgramPlayoutPlayer::repeatThenNextWithoutBackgroundFrames()
     const auto afterNine = framesBetween(firstRed->clockNs + 9 * GST_SECOND);
     QVERIFY2(afterNine <= 5, qPrintable(QStringLiteral("blue came %1 frames after 9.0 s").arg(afterNine + 1)));
 
-    const auto count = [&lines](const char *prefix) {
-        return int(std::count_if(lines.begin(), lines.end(),
-                                 [prefix](const QString &l) { return l.startsWith(QLatin1String(prefix)); }));
-    };
-    QCOMPARE(count("AUTO PROGRAM repeat "), 2);
-    QCOMPARE(count("AUTO PROGRAM transition "), 1);
+    QCOMPARE(log.count(QStringLiteral("AUTO PROGRAM repeat ")), 2);
+    QCOMPARE(log.count(QStringLiteral("AUTO PROGRAM transition ")), 1);
 
     controller.shutdown();
     QVERIFY(runUntil([&] { return player->isShutdownFinished(); }, 5000));
@@ -303,38 +249,14 @@ void TestProgramPlayoutPlayer::metersFollowTheAudioAsHeard()
     // A tone 3 dB above full scale.
     QTemporaryDir dir;
     const QString loud = dir.filePath(QStringLiteral("loud.wav"));
-    GError *error = nullptr;
-    GstElement *maker = gst_parse_launch(
-        QStringLiteral("audiotestsrc num-buffers=94 samplesperbuffer=1024 volume=1.0 ! "
-                       "audio/x-raw,format=F32LE,rate=48000,channels=2 ! volume volume=1.4125 ! wavenc ! "
-                       "filesink location=\"%1\"")
-            .arg(loud)
-            .toUtf8()
-            .constData(),
-        &error);
-    QVERIFY(!error && maker);
-    gst_element_set_state(maker, GST_STATE_PLAYING);
-    GstBus *bus = gst_element_get_bus(maker);
-    GstMessage *done = gst_bus_timed_pop_filtered(bus, 10 * GST_SECOND,
-                                                  GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-    const bool made = done && GST_MESSAGE_TYPE(done) == GST_MESSAGE_EOS;
-    if (done)
-        gst_message_unref(done);
-    gst_object_unref(bus);
-    gst_element_set_state(maker, GST_STATE_NULL);
-    gst_object_unref(maker);
-    QVERIFY(made);
+    QString error;
+    QVERIFY2(testkit::generateClip(loud, testkit::toneWavBody({94, 1.4125}), &error), qPrintable(error));
 
     PlayerFixture fixture;
     auto owned = std::make_unique<DualDeckPlayer>(fixture.options);
     DualDeckPlayer *player = owned.get();
     PlaylistModel model;
-    PlaylistItemRequest request;
-    request.filePath = loud;
-    request.displayName = QStringLiteral("loud");
-    request.mediaType = PlaylistMediaType::audio;
-    request.settings.startMode = PlaylistStartMode::play;
-    const QList<quint64> ids = model.addItems({request});
+    const QList<quint64> ids = model.addItems({testkit::ItemRequest(loud).type(PlaylistMediaType::audio).playing()});
     QCOMPARE(ids.size(), 1);
     SelectionHolder selection(&model, nullptr);
     ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,

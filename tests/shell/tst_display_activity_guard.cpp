@@ -2,7 +2,7 @@
 #include "shell/dbus_bus_probe.h"
 #include "shell/display_activity_guard.h"
 #include "shell/x11_screen_saver_suspend.h"
-#include "support/captured_warnings.h"
+#include "kit/log_capture.h"
 
 #include <QDBusConnection>
 #include <QDBusContext>
@@ -31,9 +31,9 @@ using tarnix::DisplayActivityGuard;
 
 namespace {
 
-qsizetype wakefulnessWarnings(const tarnix::test::CapturedWarnings &warnings)
+qsizetype wakefulnessWarnings(const tarnix::testkit::LogCapture &warnings)
 {
-    const QStringList messages = warnings.messages();
+    const QStringList messages = warnings.texts();
     return std::count_if(messages.begin(), messages.end(), [](const QString &text) {
         return text.startsWith("DISPLAY_ACTIVITY failed to request display/system wakefulness");
     });
@@ -271,7 +271,7 @@ private slots:
 
     void inhibitsForTheRunAndReleasesAtDestruction()
     {
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         QVERIFY(serve(Service::Answers, Service::Answers));
         auto guard = std::make_unique<DisplayActivityGuard>(options(true, true, 500));
         QSignalSpy settled(guard.get(), &DisplayActivityGuard::requestsSettled);
@@ -306,7 +306,7 @@ private slots:
         QFETCH(Service, screenSaver);
         QFETCH(Service, logind);
         QFETCH(bool, warns);
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         QVERIFY(serve(screenSaver, logind));
         QElapsedTimer clock;
         clock.start();
@@ -323,7 +323,7 @@ private slots:
 
     void cookieArrivingAfterDestructionIsHandedBack()
     {
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         QVERIFY(serve(Service::Hangs, Service::Absent));
         auto guard = std::make_unique<DisplayActivityGuard>(options(true, true, 5000));
         QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver->inhibitedBy.size(), 1, 5000);
@@ -365,7 +365,7 @@ private slots:
     // constructor, nor be handed to Qt D-Bus, which would wait on it forever.
     void silentBusDaemonHoldsNothingUp()
     {
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         StalledBus bus(m_dir.filePath("silent-guard.sock"), false);
         QVERIFY(bus.listening());
         const auto addresses = processBusesAt(bus.address());
@@ -379,7 +379,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(settled.count(), 1, 5000);
         QVERIFY(guard.requestFailed());
         QCOMPARE(wakefulnessWarnings(warnings), 1);
-        const QString warning = warnings.messages().filter("DISPLAY_ACTIVITY").value(0);
+        const QString warning = warnings.texts().filter("DISPLAY_ACTIVITY").value(0);
         QVERIFY2(warning.contains("session bus did not answer within 1000 ms")
                      && warning.contains("system bus did not answer within 1000 ms"),
                  qPrintable(warning));
@@ -391,7 +391,7 @@ private slots:
     // meanwhile, and the worker ends once the daemon does.
     void guardGoesWhileItsBusStillConnects()
     {
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         StalledBus bus(m_dir.filePath("stalled-guard.sock"), true);
         QVERIFY(bus.listening());
         const auto addresses = processBusesAt(bus.address());

@@ -1,7 +1,7 @@
 // The settings store: defaults on a first run, typed reads of what another
 // process wrote, JSON-valued keys, and refused writes.
 
-#include "support/captured_warnings.h"
+#include "kit/log_capture.h"
 
 #include "shell/application_identity.h"
 #include "shell/settings_store.h"
@@ -124,14 +124,14 @@ private slots:
                    "[time]\nfontSize=large\n"
                    "[onAir]\ntoggleMode=1\n");
         file.close();
-        tarnix::test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         // INI quoting eats the quotes of JSON typed in by hand: unreadable,
         // so the default applies.
         QCOMPARE(readJsonSetting("midi/control").toObject().value("enabled"), QJsonValue(false));
         QCOMPARE(readJsonSetting("shortcuts/bindings"), QJsonValue(QJsonObject()));
         QCOMPARE(readIntSetting("time/fontSize"), 12);
         QCOMPARE(readBoolSetting("onAir/toggleMode"), true);
-        QCOMPARE(warnings.messages().size(), 3);
+        QCOMPARE(warnings.texts().size(), 3);
         QVERIFY(warnings.contains("Setting shortcuts/bindings holds {not json"));
     }
 

@@ -1,6 +1,7 @@
 #include "layer_source.h"
 
-#include "support/captured_warnings.h"
+#include "kit/frame_tap.h"
+#include "kit/log_capture.h"
 #include "support/glib_criticals.h"
 #include "video/program_gpu_compositor.h"
 #include "video/program_layer_slot.h"
@@ -32,44 +33,28 @@ struct TappedFrame {
     QColor colour;
 };
 
+// The kit's frame tap, read as whole-frame colours.
 class FrameLog
 {
 public:
-    ProgramGpuCompositor::FrameTap tap()
-    {
-        return [this](const ProgramTapFrame &frame) {
-            TappedFrame seen{frame.sequence, frame.pts, uniformColour(frame)};
-            std::lock_guard lock(m_mutex);
-            m_frames.push_back(seen);
-        };
-    }
+    ProgramGpuCompositor::FrameTap tap() { return testkit::FrameTap::callback(m_tap); }
     std::vector<TappedFrame> frames() const
     {
-        std::lock_guard lock(m_mutex);
-        return m_frames;
+        std::vector<TappedFrame> out;
+        for (const testkit::TapPixel &pixel : m_tap->all())
+            out.push_back(seen(pixel));
+        return out;
     }
-    QColor lastColour() const
-    {
-        std::lock_guard lock(m_mutex);
-        return m_frames.empty() ? QColor() : m_frames.back().colour;
-    }
+    QColor lastColour() const { return seen(m_tap->last()).colour; }
 
 private:
-    static QColor uniformColour(const ProgramTapFrame &frame)
+    static TappedFrame seen(const testkit::TapPixel &pixel)
     {
-        const quint8 *first = frame.pixels;
-        for (int y = 0; y < frame.height; ++y) {
-            const quint8 *row = frame.pixels + std::size_t(y) * frame.stride;
-            for (int x = 0; x < frame.width; ++x) {
-                if (std::memcmp(row + 4 * x, first, 4) != 0)
-                    return QColor();
-            }
-        }
-        return QColor(first[2], first[1], first[0]);
+        return {pixel.sequence, pixel.pts, pixel.uniform ? QColor(pixel.r, pixel.g, pixel.b) : QColor()};
     }
 
-    mutable std::mutex m_mutex;
-    std::vector<TappedFrame> m_frames;
+    std::shared_ptr<testkit::FrameTap> m_tap =
+        std::make_shared<testkit::FrameTap>(testkit::FrameTap::Options{0, true});
 };
 
 ProgramCompositorOptions smallOptions()
@@ -106,46 +91,6 @@ public:
         return true;
     }
     void close() override {}
-};
-
-// Collects every message while it lives, for the log lines' formats.
-class CapturedLines
-{
-public:
-    CapturedLines()
-    {
-        s_active = this;
-        m_previous = qInstallMessageHandler(handler);
-    }
-    ~CapturedLines()
-    {
-        qInstallMessageHandler(m_previous);
-        s_active = nullptr;
-    }
-    // The first line matching the pattern, or an empty string.
-    QString find(const QString &pattern) const
-    {
-        const QRegularExpression expression(pattern);
-        std::lock_guard lock(m_mutex);
-        for (const QString &line : m_lines) {
-            if (expression.match(line).hasMatch())
-                return line;
-        }
-        return QString();
-    }
-
-private:
-    static void handler(QtMsgType, const QMessageLogContext &, const QString &text)
-    {
-        if (CapturedLines *active = s_active) {
-            std::lock_guard lock(active->m_mutex);
-            active->m_lines << text;
-        }
-    }
-    static inline std::atomic<CapturedLines *> s_active{nullptr};
-    mutable std::mutex m_mutex;
-    QStringList m_lines;
-    QtMessageHandler m_previous = nullptr;
 };
 
 // An output that refuses to open, or hangs in open until released.
@@ -290,7 +235,7 @@ private slots:
     // picture goes on.
     void logLines()
     {
-        CapturedLines lines;
+        testkit::LogCapture lines;
         std::atomic<qint64> nowMs{0};
         QWindow hidden; // never shown: not exposed
         hidden.resize(kWidth, kHeight);
@@ -534,7 +479,7 @@ private slots:
     {
         QFETCH(bool, hang);
         QFETCH(QString, expected);
-        test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         std::atomic<bool> release{false};
         std::atomic<qint64> nowMs{0};
         ProgramCompositorOptions options = smallOptions();
@@ -595,7 +540,7 @@ private slots:
     // once; a DSK that cannot be drawn leaves and the program goes on.
     void failures()
     {
-        test::CapturedWarnings warnings;
+        tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         ProgramGpuCompositor compositor(smallOptions());
         QVERIFY(startAndWait(compositor));
 
