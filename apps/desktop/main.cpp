@@ -267,7 +267,8 @@ int main(int argc, char **argv)
     // start: controller-ready diagnostics
     tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseControllerReady));
 
-    const int exitCode = stopRequested ? 0 : app.exec();                        // start: event loop
+    // start: event loop
+    const int exitCode = stopRequested ? 0 : app.exec();
 
     // The previous session is saved and the ON AIR pipelines stopped here,
     // with the event loop running until they are done.
