@@ -315,5 +315,21 @@
         <source>The standby player could not release its PowerPoint slide show for the conversion.</source>
         <translation>The standby player could not release its PowerPoint slide show for the conversion.</translation>
     </message>
+    <message id="playlist.bulk.pending_imports">
+        <source>Wait for media analysis and document imports to finish before applying a playlist bulk operation.</source>
+        <translation>Wait for media analysis and document imports to finish before applying a playlist bulk operation.</translation>
+    </message>
+    <message id="playlist.add_media.some_failed">
+        <source>Some files could not be added.</source>
+        <translation>Some files could not be added.</translation>
+    </message>
+    <message id="playlist.add_media.document_not_yet">
+        <source>%1: This document type cannot be added yet.</source>
+        <translation>%1: This document type cannot be added yet.</translation>
+    </message>
+    <message id="playlist.add_media.not_queued">
+        <source>%1: The media item could not be queued.</source>
+        <translation>%1: The media item could not be queued.</translation>
+    </message>
 </context>
 </TS>

@@ -315,5 +315,21 @@
         <source>The standby player could not release its PowerPoint slide show for the conversion.</source>
         <translation>変換のために待機プレーヤーの PowerPoint スライドショーを解放できませんでした。</translation>
     </message>
+    <message id="playlist.bulk.pending_imports">
+        <source>Wait for media analysis and document imports to finish before applying a playlist bulk operation.</source>
+        <translation>メディア解析とドキュメントの読み込みが終わってから、プレイリストの一括操作を実行してください。</translation>
+    </message>
+    <message id="playlist.add_media.some_failed">
+        <source>Some files could not be added.</source>
+        <translation>一部のファイルを追加できませんでした。</translation>
+    </message>
+    <message id="playlist.add_media.document_not_yet">
+        <source>%1: This document type cannot be added yet.</source>
+        <translation>%1: この種類のドキュメントはまだ追加できません。</translation>
+    </message>
+    <message id="playlist.add_media.not_queued">
+        <source>%1: The media item could not be queued.</source>
+        <translation>%1: メディア項目を解析待ちに追加できませんでした。</translation>
+    </message>
 </context>
 </TS>

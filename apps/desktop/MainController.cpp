@@ -9,6 +9,7 @@
 #include "playout/dual_deck_program_player.h"
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
+#include "playlist/media_import_queue.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
@@ -54,6 +55,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->operations = std::make_unique<ControllerOperations>();
     d->userInfoCenter = std::make_unique<UserInfoCenter>();
     d->model = std::make_unique<PlaylistModel>();
+    d->mediaImports = std::make_unique<MediaImportQueue>(d->model.get());
     d->createSelection();
     d->operations->setContextProvider([impl = d.get()] { return impl->contextText(); });
 
@@ -206,8 +208,10 @@ void MainController::shutdown()
     d->debugSnapshotTimer.stop();
     d->widgetContext.reset();
 
-    // The previous session, then the ON AIR shutdown; both finish while the
-    // event loop runs.
+    // Analysis that has not finished leaves no placeholder in the saved
+    // session. Then the previous session, then the ON AIR shutdown; both
+    // finish while the event loop runs.
+    d->mediaImports->cancelAll();
     d->transfer->close();
     d->transfer->savePreviousSession();
     if (d->programPlayout)
@@ -238,6 +242,7 @@ void MainController::shutdown()
     d->backgroundIoQueue.reset();
     d->selection = nullptr;
     d->headlessSelection.reset();
+    d->mediaImports.reset();
     d->model.reset();
     d->userInfoCenter.reset();
     d->operations.reset();

@@ -8,9 +8,11 @@
 #include <QList>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <memory>
+#include <optional>
 
 class QAction;
 class QMenu;
@@ -22,6 +24,7 @@ namespace tarnix {
 class ControlSocketServer;
 class DualDeckPlayer;
 class ItemSelection;
+class MediaImportQueue;
 class SelectionHolder;
 class UserInfoBar;
 
@@ -50,6 +53,10 @@ struct MainController::Impl {
     // would win silently).
     ItemSelection *selection = nullptr;
     std::unique_ptr<SelectionHolder> headlessSelection;
+    // Files on their way to ready items.
+    std::unique_ptr<MediaImportQueue> mediaImports;
+    // The display time of PNG and JPEG stills added this session.
+    std::optional<qint64> rememberedStillDurationMs;
 
     // The ON AIR side. The player belongs to the controller; the pointer is
     // kept for what only the dual-deck player offers (its shutdown state,
@@ -108,6 +115,7 @@ struct MainController::Impl {
 
     // MainController_playlist.cpp
     void bindPlaylistOperations();
+    bool addMediaFiles(const QStringList &paths, bool rememberDirectory, qint32 playlistNumber);
     bool removeItem(quint64 itemId);
     bool applyBulkOperation(PlaylistBulkOperation operation);
 

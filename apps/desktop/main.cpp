@@ -200,6 +200,8 @@ int main(int argc, char **argv)
     tarnix::prepareGStreamerLogBridge();
     initialiseGStreamer(argc, argv);
     tarnix::installGStreamerBridge();
+    if (!tarnix::rankStillImageDecoders())
+        qCWarning(tarnix::lcStartup).noquote() << "gdk-pixbuf image decoder missing: BMP and TIFF stills cannot play";
 
     // start: command line
     tarnix::CommandLine commandLine;

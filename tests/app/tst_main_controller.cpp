@@ -11,6 +11,7 @@
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
 #include "shell/user_info_center.h"
+#include "support/test_paths.h"
 
 #include <QAction>
 #include <QApplication>
@@ -167,6 +168,46 @@ private slots:
 
     // Only in debug mode: one state line, the context line, one line per
     // item and the output line.
+    // AddFiles, as the control socket sends it: documents are told at once,
+    // the rest become placeholders that a bulk operation waits for, then
+    // ready items (a still with the default display time); what analysis
+    // refuses leaves no item and is told once.
+    void addFilesBecomeItemsWithOneReport()
+    {
+        Rig rig;
+        const QString noise = rig.dir.filePath("noise.mp4");
+        QFile bytes(noise);
+        QVERIFY(bytes.open(QIODevice::WriteOnly));
+        bytes.write(QByteArray(2048, '\x5a'));
+        bytes.close();
+        const QStringList paths{QStringLiteral(TARNIX_TEST_MEDIA_DIR "/h264-aac-3s.mp4"),
+                                QStringLiteral(TARNIX_TEST_MEDIA_DIR "/still.png"), rig.dir.filePath("talk.pdf"), noise,
+                                rig.dir.filePath("missing.wav")};
+        QCOMPARE(rig.ops().invoke(Ops::AddFiles, paths).status, Ops::Invoked);
+        // A file that is not there is not even a placeholder.
+        QCOMPARE(rig.shown(), QStringLiteral("Some files could not be added.|talk.pdf: This document type cannot be "
+                                             "added yet.\nmissing.wav: The media item could not be queued."));
+        const QList<quint64> placeholders = rig.model().itemIds(1);
+        QCOMPARE(placeholders.size(), 3);
+        QVERIFY(rig.model().isPending(placeholders.first()));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Shuffle).status, Ops::Rejected);
+        rig.controller->userInfoCenter()->dismiss();
+        QCOMPARE(rig.shown(), QStringLiteral("Wait for media analysis and document imports to finish before "
+                                             "applying a playlist bulk operation.|"));
+        rig.controller->userInfoCenter()->dismiss();
+
+        QTRY_COMPARE_WITH_TIMEOUT(rig.model().itemIds(1).size(), 2, 20000);
+        const QList<quint64> ready = rig.model().itemIds(1);
+        QCOMPARE(rig.model().item(ready[0])->mediaType, PlaylistMediaType::video);
+        QCOMPARE(rig.model().item(ready[1])->mediaType, PlaylistMediaType::stillImage);
+        QCOMPARE(rig.model().item(ready[1])->settings.outPointMs, std::optional<qint64>(5000));
+        QVERIFY(!rig.model().isPending(ready[0]) && !rig.model().isPending(ready[1]));
+        // The analysis report follows the messages shown before it.
+        QTRY_VERIFY_WITH_TIMEOUT(rig.shown().startsWith("Some files could not be added.|noise.mp4: "), 10000);
+        QVERIFY2(!rig.shown().contains('\n'), qPrintable(rig.shown()));
+        QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Shuffle).status, Ops::Invoked);
+    }
+
     void debugSnapshotDescribesTheState()
     {
         Rig rig;

@@ -5,6 +5,7 @@
 #include "kit/clip_generator.h"
 #include "playlist/media_import_queue.h"
 #include "playlist/playlist_model.h"
+#include "shell/gstreamer_runtime.h"
 #include "support/test_paths.h"
 
 #include <QFile>
@@ -219,6 +220,16 @@ private slots:
         const MediaDurationProbeResult picture = probeMediaDuration(media("still.png"));
         QVERIFY(picture.success && picture.stillImage && !picture.durationMs);
         QCOMPARE(picture.mediaType, PlaylistMediaType::stillImage);
+
+        // A BMP is a still once the gdk-pixbuf decoder has its rank.
+        const QString bitmap = m_dir.filePath("frame.bmp");
+        QVERIFY2(testkit::generateClip(bitmap, QStringLiteral("videotestsrc num-buffers=1 ! "
+                                                              "video/x-raw,format=BGR,width=64,height=36 ! avenc_bmp"),
+                                       &error),
+                 qPrintable(error));
+        QVERIFY(rankStillImageDecoders());
+        const MediaDurationProbeResult bmp = probeMediaDuration(bitmap);
+        QVERIFY2(bmp.success && bmp.stillImage, qPrintable(bmp.error));
 
         const MediaDurationProbeResult shortSound = probeMediaDuration(tiny);
         QVERIFY(!shortSound.success);

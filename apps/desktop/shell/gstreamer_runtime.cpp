@@ -1,5 +1,7 @@
 #include "shell/gstreamer_runtime.h"
 
+#include <gst/gst.h>
+
 #include "shell/application_identity.h"
 
 #include <QDir>
@@ -78,6 +80,17 @@ GStreamerRuntimeLocation locateGStreamerRuntime(const QString &executableDirecto
     location.pluginDirectory = plugins;
     location.description = QStringLiteral("system GStreamer runtime %1, plug-ins in %2").arg(core, plugins);
     return location;
+}
+
+bool rankStillImageDecoders()
+{
+    GstPluginFeature *decoder = gst_registry_lookup_feature(gst_registry_get(), "gdkpixbufdec");
+    if (!decoder)
+        return false;
+    if (gst_plugin_feature_get_rank(decoder) < GST_RANK_SECONDARY)
+        gst_plugin_feature_set_rank(decoder, GST_RANK_SECONDARY);
+    gst_object_unref(decoder);
+    return true;
 }
 
 } // namespace tarnix

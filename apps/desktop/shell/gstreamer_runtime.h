@@ -28,4 +28,10 @@ GStreamerRuntimeLocation locateGStreamerRuntime(const QString &executableDirecto
 QString systemGStreamerPluginDirectory();
 QString loadedGStreamerCoreLibrary();  // empty when the loader cannot find it
 
+// After gst_init: BMP and TIFF stills decode only through gdk-pixbuf here,
+// whose decoder comes unranked, so that neither analysis nor playback would
+// pick it. Secondary keeps pngdec and jpegdec in front for PNG and JPEG.
+// False when the decoder is not installed.
+bool rankStillImageDecoders();
+
 } // namespace tarnix
