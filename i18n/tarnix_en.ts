@@ -331,5 +331,9 @@
         <source>%1: The media item could not be queued.</source>
         <translation>%1: The media item could not be queued.</translation>
     </message>
+    <message id="playlist.default_name">
+        <source>Playlist %1</source>
+        <translation>Playlist %1</translation>
+    </message>
 </context>
 </TS>

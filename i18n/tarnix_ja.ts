@@ -331,5 +331,9 @@
         <source>%1: The media item could not be queued.</source>
         <translation>%1: メディア項目を解析待ちに追加できませんでした。</translation>
     </message>
+    <message id="playlist.default_name">
+        <source>Playlist %1</source>
+        <translation>プレイリスト %1</translation>
+    </message>
 </context>
 </TS>

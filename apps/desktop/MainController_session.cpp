@@ -3,6 +3,9 @@
 
 #include "MainController_impl.h"
 
+#include "playlist/playlist_model.h"
+#include "playlist/playlist_query_json.h"
+
 #include "control/control_socket_server.h"
 #include "playlist/playlist_transfer.h"
 
@@ -55,6 +58,9 @@ void MainController::Impl::bindControlCommands()
                                      [owner](const QJsonObject &, Done done) {
                                          owner->restorePreviousSession(answerWith(std::move(done)));
                                      });
+    PlaylistModel *document = model.get();
+    controlSocket->setQueryHandler(QStringLiteral("playlists"), document,
+                                   [document] { return playlistsQueryJson(*document); });
 }
 
 } // namespace tarnix

@@ -10,6 +10,7 @@
 #include "video/private_xvfb.h"
 
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonValue>
 #include <QtTest>
 
@@ -189,6 +190,58 @@ private slots:
         // GLib's criticals bypass the log and go to the console.
         const QString console = app.console();
         QVERIFY2(!console.contains(QLatin1String("-CRITICAL **")), qPrintable(console));
+    }
+
+    // Files added over the socket become items that automation can read,
+    // and one of them goes on air.
+    void addFilesOverTheSocketAndReadThePlaylists()
+    {
+        QTemporaryDir home;
+        const std::unique_ptr<AppProcess> owned = application(home);
+        AppProcess &app = *owned;
+        QVERIFY2(app.start(), qPrintable(app.console()));
+        const QString clip = media("h264-aac-3s.mp4");
+        const QString tone = media("tone-1s.wav");
+        const QString still = media("still.png");
+        const QJsonObject add = app.ctl({QStringLiteral(R"({"action":"AddFiles","args":[{"strings":["%1","%2","%3"]}]})")
+                                             .arg(clip, tone, still)})
+                                    .object();
+        QCOMPARE(add.value("status").toString(), QStringLiteral("Invoked"));
+        QJsonArray items;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                const QJsonObject playlists = app.ctl({"playlists"}).object();
+                items = playlists.value("playlists").toArray().at(0).toObject().value("items").toArray();
+                return items.size() == 3 && std::all_of(items.begin(), items.end(), [](const QJsonValue &item) {
+                           return item.toObject().value("status") == "ready";
+                       });
+            },
+            20000));
+        const QStringList types{"video", "audio", "stillImage"};
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(items.at(i).toObject().value("mediaType").toString(), types.at(i));
+        QCOMPARE(items.at(0).toObject().value("filePath").toString(), clip);
+        QVERIFY(qAbs(items.at(0).toObject().value("durationMs").toInteger() - 3000) < 100);
+        QCOMPARE(items.at(2).toObject().value("outPointMs").toInteger(), qint64(5000));
+        // The raw line keeps its keys in order.
+        const QByteArray head = "{\"activePlaylistNumber\":1,\"playlists\":[{\"number\":1,\"name\":\"Playlist 1\","
+                                "\"mode\":\"standard\",\"items\":[{\"id\":\"";
+        QVERIFY(app.ctl({"playlists"}).line.startsWith(head));
+
+        const QString id = items.at(0).toObject().value("id").toString();
+        QCOMPARE(app.ctl({QStringLiteral(R"({"action":"SelectItem","args":[{"uint64":"%1"}]})").arg(id)})
+                     .object()
+                     .value("status"),
+                 "Invoked");
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                if (QString::number(field(app.state(), "onAirItemId")) == id)
+                    return true;
+                (void)app.ctl({"TakeSelectedOnAir"});
+                return QTest::qWaitFor([&] { return QString::number(field(app.state(), "onAirItemId")) == id; }, 1000);
+            },
+            20000));
+        QCOMPARE(app.terminate(), 0);
     }
 
     // SIGTERM while playing ends cleanly and leaves the previous session;

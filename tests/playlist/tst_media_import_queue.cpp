@@ -5,6 +5,7 @@
 #include "kit/clip_generator.h"
 #include "playlist/media_import_queue.h"
 #include "playlist/playlist_model.h"
+#include "playlist/playlist_query_json.h"
 #include "shell/gstreamer_runtime.h"
 #include "support/test_paths.h"
 
@@ -189,6 +190,31 @@ private slots:
         queue.poll();
         QCOMPARE(model.count(), 0);
         QCOMPARE(reports.size(), 0);
+    }
+
+    // The playlists query: keys in their order, ids as text, nulls for what
+    // is not known, the pending status and the default tab name.
+    void playlistsQueryShape()
+    {
+        PlaylistModel model;
+        ScriptedProbe probe;
+        probe.answers = {{"clip.mp4", video(12000)}};
+        MediaImportQueue queue(&model, {std::chrono::milliseconds(1), probe.function(), 0});
+        const QString clip = file("clip.mp4");
+        const quint64 id = queue.enqueue(clip, 0);
+        const QString pending = playlistsQueryJson(model);
+        QVERIFY2(pending.contains(QStringLiteral("\"status\":\"analysing\",\"durationMs\":null,\"inPointMs\":0,"
+                                                 "\"outPointMs\":null,")),
+                 qPrintable(pending));
+        QVERIFY(settle(queue));
+        QCOMPARE(playlistsQueryJson(model),
+                 QStringLiteral("{\"activePlaylistNumber\":1,\"playlists\":[{\"number\":1,\"name\":\"Playlist 1\","
+                                "\"mode\":\"standard\",\"items\":[{\"id\":\"%1\",\"displayName\":\"clip.mp4\","
+                                "\"filePath\":\"%2\",\"sourceType\":\"file\",\"mediaType\":\"video\","
+                                "\"status\":\"ready\",\"durationMs\":12000,\"inPointMs\":0,\"outPointMs\":12000,"
+                                "\"startMode\":\"pause\",\"endMode\":\"pause\"}]}]}")
+                     .arg(id)
+                     .arg(clip));
     }
 
     // GStreamer's discoverer on generated media: each kind, and the files

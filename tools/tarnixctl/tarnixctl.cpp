@@ -4,6 +4,7 @@
 //   tarnixctl --socket /run/user/1000/tarnix.sock TakeSelectedOnAir
 //   tarnixctl --socket ... '{"action":"SetMasterVolume","args":[{"int":-60}]}'
 //   tarnixctl --socket ... state
+//   tarnixctl --socket ... playlists
 //   tarnixctl --socket ... importPlaylist show.json
 //   tarnixctl --socket ... exportPlaylist backup.json
 //   tarnixctl --socket ... restorePreviousSession
@@ -11,7 +12,7 @@
 // A command's path is made absolute here, against this tool's working
 // directory, not the application's.
 //
-// Exit status: 0 when the request was invoked, the state answered or a
+// Exit status: 0 when the request was invoked, a query answered or a
 // command succeeded, 1 when the application answered with a refusal or an
 // error, 2 when no answer came.
 
@@ -49,8 +50,8 @@ QByteArray commandLine(const QString &name, const QStringList &operands)
 QByteArray requestLine(const QString &argument)
 {
     const QString text = argument.trimmed();
-    if (text == QLatin1String("state"))
-        return QByteArrayLiteral(R"({"query":"state"})");
+    if (text == QLatin1String("state") || text == QLatin1String("playlists"))
+        return QJsonDocument(QJsonObject{{QStringLiteral("query"), text}}).toJson(QJsonDocument::Compact);
     if (text.startsWith(QLatin1Char('{')))
         return text.toUtf8();
     // A bare action name: an action without arguments.
@@ -83,7 +84,7 @@ int main(int argc, char **argv)
     parser.addOption(timeoutOption);
     parser.addPositionalArgument(
         QStringLiteral("request"),
-        QStringLiteral("An action name, \"state\", a JSON request object, or a command: "
+        QStringLiteral("An action name, \"state\", \"playlists\", a JSON request object, or a command: "
                        "importPlaylist PATH, exportPlaylist PATH, restorePreviousSession."));
     parser.process(app);
 

@@ -174,10 +174,14 @@ ControlRequest parseControlRequest(const QByteArray &line)
     }
     const QJsonObject object = document.object();
     if (object.contains(QLatin1String("query"))) {
-        if (object.size() == 1 && object.value(QLatin1String("query")) == QJsonValue(QStringLiteral("state"))) {
+        const QJsonValue query = object.value(QLatin1String("query"));
+        if (object.size() != 1 || !query.isString() || query.toString().isEmpty()) {
+            request.error = QStringLiteral("unknown query");
+        } else if (query.toString() == QLatin1String("state")) {
             request.kind = ControlRequest::Kind::StateQuery;
         } else {
-            request.error = QStringLiteral("unknown query");
+            request.kind = ControlRequest::Kind::Query;
+            request.query = query.toString();
         }
         return request;
     }

@@ -15,12 +15,14 @@ namespace tarnix {
 // an action and typed values; whether the values fit the action is the
 // registry's check, so a wrong type comes back as InvalidArguments.
 struct ControlRequest {
-    enum class Kind { Invoke, StateQuery, Command, Invalid };
+    enum class Kind { Invoke, StateQuery, Query, Command, Invalid };
     Kind kind = Kind::Invalid;
     ControllerOperations::Action action = ControllerOperations::Count;
     QList<QVariant> arguments;
-    // For Command: its name and the whole request object, whose other
-    // members are the command's own to check.
+    // For Query: its name (every query but "state", which the state
+    // registry answers). For Command: its name and the whole request
+    // object, whose other members are the command's own to check.
+    QString query;
     QString command;
     QJsonObject commandRequest;
     QString error;  // for Invalid: what was wrong, for the error line
@@ -28,7 +30,7 @@ struct ControlRequest {
 
 // Decodes one line (without its line feed). Forms:
 //   {"action":"<Action name>","args":[<argument>...]}   ("args" optional)
-//   {"query":"state"}
+//   {"query":"state"}, {"query":"<name>"}
 //   {"command":"<name>", <the command's members>...}
 ControlRequest parseControlRequest(const QByteArray &line);
 

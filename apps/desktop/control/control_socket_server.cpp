@@ -80,6 +80,11 @@ struct CommandEntry {
     ControlSocketServer::CommandHandler handler;
 };
 
+struct QueryEntry {
+    QPointer<QObject> owner;
+    ControlSocketServer::QueryHandler handler;
+};
+
 } // namespace
 
 struct ControlSocketServer::Impl {
@@ -90,6 +95,7 @@ struct ControlSocketServer::Impl {
     QLocalServer server;
     QHash<QLocalSocket *, std::shared_ptr<Connection>> connections;
     QHash<QString, CommandEntry> commands;
+    QHash<QString, QueryEntry> queries;
 
     void accept();
     void serve(const std::shared_ptr<Connection> &connection);
@@ -184,6 +190,17 @@ bool ControlSocketServer::setCommandHandler(const QString &name, QObject *owner,
     if (existing != d->commands.cend() && existing->owner)
         return false;
     d->commands.insert(name, CommandEntry{owner, std::move(handler)});
+    return true;
+}
+
+bool ControlSocketServer::setQueryHandler(const QString &name, QObject *owner, QueryHandler handler)
+{
+    if (name.isEmpty() || name == QLatin1String("state") || !owner || !handler)
+        return false;
+    const auto existing = d->queries.constFind(name);
+    if (existing != d->queries.cend() && existing->owner)
+        return false;
+    d->queries.insert(name, QueryEntry{owner, std::move(handler)});
     return true;
 }
 
@@ -303,6 +320,14 @@ void ControlSocketServer::Impl::handleLine(const std::shared_ptr<Connection> &co
     case ControlRequest::Kind::StateQuery:
         answer(connection, state ? state->stateJson() : ControlStateRegistry().stateJson());
         return;
+    case ControlRequest::Kind::Query: {
+        const auto entry = queries.constFind(request.query);
+        if (entry == queries.cend() || !entry->owner)
+            answer(connection, controlErrorAnswer(QStringLiteral("unknown query")));
+        else
+            answer(connection, entry->handler());
+        return;
+    }
     case ControlRequest::Kind::Command:
         runCommand(connectionPointer, request);
         return;

@@ -67,6 +67,12 @@ public:
     // or a name already served.
     bool setCommandHandler(const QString &name, QObject *owner, CommandHandler handler);
 
+    // Answers {"query":"<name>"} with the handler's compact JSON object while
+    // `owner` lives; the first handler of a name wins. Main thread: the
+    // handler reads what it answers and returns at once.
+    using QueryHandler = std::function<QString()>;
+    bool setQueryHandler(const QString &name, QObject *owner, QueryHandler handler);
+
 private:
     struct Impl;
     std::unique_ptr<Impl> d;
