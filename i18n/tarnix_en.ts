@@ -131,6 +131,34 @@
         <source>Import Playlist</source>
         <translation>Import Playlist</translation>
     </message>
+    <message id="menu.file.add_files">
+        <source>Add Files...</source>
+        <translation>Add Files...</translation>
+    </message>
+    <message id="file_dialog.add_files.title">
+        <source>Add Files to Playlist</source>
+        <translation>Add Files to Playlist</translation>
+    </message>
+    <message id="file_dialog.media.filter_without_documents">
+        <source>Media Files (*.mp4 *.mov *.webm *.mkv *.avi *.mxf *.wav *.mp3 *.flac *.m4a *.aac *.png *.jpg *.jpeg *.bmp *.tif *.tiff *.webp *.gif);;All Files (*)</source>
+        <translation>Media Files (*.mp4 *.mov *.webm *.mkv *.avi *.mxf *.wav *.mp3 *.flac *.m4a *.aac *.png *.jpg *.jpeg *.bmp *.tif *.tiff *.webp *.gif);;All Files (*)</translation>
+    </message>
+    <message id="image_add.title">
+        <source>Add Image</source>
+        <translation>Add Image</translation>
+    </message>
+    <message id="image_add.file">
+        <source>File: %1</source>
+        <translation>File: %1</translation>
+    </message>
+    <message id="image_add.duration">
+        <source>Display duration:</source>
+        <translation>Display duration:</translation>
+    </message>
+    <message id="image_add.remember">
+        <source>Remember this display duration for this session</source>
+        <translation>Remember this display duration for this session</translation>
+    </message>
     <message id="file_dialog.playlist.filter">
         <source>TARNIX Playlist (*.json);;All Files (*.*)</source>
         <translation>TARNIX Playlist (*.json);;All Files (*.*)</translation>

@@ -131,6 +131,34 @@
         <source>Import Playlist</source>
         <translation>プレイリストの読み込み</translation>
     </message>
+    <message id="menu.file.add_files">
+        <source>Add Files...</source>
+        <translation>ファイルを追加...</translation>
+    </message>
+    <message id="file_dialog.add_files.title">
+        <source>Add Files to Playlist</source>
+        <translation>プレイリストにファイルを追加</translation>
+    </message>
+    <message id="file_dialog.media.filter_without_documents">
+        <source>Media Files (*.mp4 *.mov *.webm *.mkv *.avi *.mxf *.wav *.mp3 *.flac *.m4a *.aac *.png *.jpg *.jpeg *.bmp *.tif *.tiff *.webp *.gif);;All Files (*)</source>
+        <translation>メディアファイル (*.mp4 *.mov *.webm *.mkv *.avi *.mxf *.wav *.mp3 *.flac *.m4a *.aac *.png *.jpg *.jpeg *.bmp *.tif *.tiff *.webp *.gif);;すべてのファイル (*)</translation>
+    </message>
+    <message id="image_add.title">
+        <source>Add Image</source>
+        <translation>画像を追加</translation>
+    </message>
+    <message id="image_add.file">
+        <source>File: %1</source>
+        <translation>ファイル: %1</translation>
+    </message>
+    <message id="image_add.duration">
+        <source>Display duration:</source>
+        <translation>表示時間:</translation>
+    </message>
+    <message id="image_add.remember">
+        <source>Remember this display duration for this session</source>
+        <translation>このセッション中はこの表示時間を使う</translation>
+    </message>
     <message id="file_dialog.playlist.filter">
         <source>TARNIX Playlist (*.json);;All Files (*.*)</source>
         <translation>TARNIX プレイリスト (*.json);;すべてのファイル (*.*)</translation>

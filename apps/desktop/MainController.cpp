@@ -67,6 +67,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
 
     d->buildControllerWindow();
     d->bindPlaylistOperations();
+    d->bindMediaOperations();
     d->pushSettings();
 
     // The program side is started; whether it came up is told now, with the
@@ -147,6 +148,7 @@ void MainController::Impl::pushSettings()
         programPlayout->setAutoSelectNextItem(readBoolSetting(QStringLiteral("playlist/autoSelectNextItemAfterOnAir")));
     }
     lastPlaylistDirectory = readStringSetting(QStringLiteral("fileDialog/lastPlaylistDirectory"));
+    lastMediaDirectory = readStringSetting(QStringLiteral("fileDialog/lastMediaDirectory"));
     const QColor background(readStringSetting(QStringLiteral("player/backgroundColor")));
     if (dualDeckPlayer && dualDeckPlayer->compositor() && background.isValid())
         dualDeckPlayer->compositor()->setBackground(background.rgb());

@@ -11,10 +11,12 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <deque>
 #include <memory>
 #include <optional>
 
 class QAction;
+class QFileDialog;
 class QMenu;
 class QMenuBar;
 class QWidget;
@@ -23,6 +25,7 @@ namespace tarnix {
 
 class ControlSocketServer;
 class DualDeckPlayer;
+class ImageAddDialog;
 class ItemSelection;
 class MediaImportQueue;
 class SelectionHolder;
@@ -57,6 +60,21 @@ struct MainController::Impl {
     std::unique_ptr<MediaImportQueue> mediaImports;
     // The display time of PNG and JPEG stills added this session.
     std::optional<qint64> rememberedStillDurationMs;
+    // Files added by the operator's hands, in order; the first may be
+    // waiting for the display time of a still.
+    struct MediaAddBatch {
+        QStringList paths;
+        qsizetype next = 0;
+        qint32 playlist = 0;
+        bool interactive = false;
+        bool queuedAny = false;
+        QStringList lines;
+    };
+    std::deque<MediaAddBatch> mediaBatches;
+    QPointer<QFileDialog> addFilesDialog;
+    QPointer<ImageAddDialog> imageAddDialog;
+    // Where the media file dialog opens; read at start, kept here after.
+    QString lastMediaDirectory;
 
     // The ON AIR side. The player belongs to the controller; the pointer is
     // kept for what only the dual-deck player offers (its shutdown state,
@@ -75,6 +93,7 @@ struct MainController::Impl {
     QPointer<QMenu> fileMenu;
     QPointer<QMenu> onAirMenu;
     QPointer<QMenu> helpMenu;
+    QPointer<QAction> addFilesAction;
     QPointer<QAction> exportPlaylistAction;
     QPointer<QAction> importPlaylistAction;
     QPointer<QAction> restorePreviousSessionAction;
@@ -115,9 +134,20 @@ struct MainController::Impl {
 
     // MainController_playlist.cpp
     void bindPlaylistOperations();
-    bool addMediaFiles(const QStringList &paths, bool rememberDirectory, qint32 playlistNumber);
     bool removeItem(quint64 itemId);
     bool applyBulkOperation(PlaylistBulkOperation operation);
+
+    // MainController_media.cpp
+    void bindMediaOperations();
+    bool openAddFilesDialog();
+    bool addMediaFiles(const QStringList &paths, bool rememberDirectory, qint32 playlistNumber, bool interactive);
+    void runMediaBatches();
+    bool stepMediaBatch(MediaAddBatch &batch);
+    void enqueueMedia(MediaAddBatch &batch, const QString &path, std::optional<qint64> stillDurationMs);
+    void askDisplayTime(const QString &fileName);
+    void answerDisplayTime(bool accepted, qint64 durationMs, bool rememberForSession);
+    void reportMediaFailures(const QStringList &lines);
+    void writeSettingInBackground(const QString &key, const QString &value);
 
     // MainController_session.cpp
     void bindControlCommands();

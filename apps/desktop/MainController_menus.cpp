@@ -83,6 +83,8 @@ void MainController::Impl::buildControllerWindow()
         QObject::connect(action, &QAction::triggered, widgetContext.get(), handler);
         return action;
     };
+    addFilesAction = addFileAction("addFilesAction", [this] { operations->invoke(Ops::AddFilesDialog); });
+    fileMenu->addSeparator();
     exportPlaylistAction = addFileAction("exportPlaylistAction", [this] { exportPlaylistFromDialog(); });
     importPlaylistAction = addFileAction("importPlaylistAction", [this] { importPlaylistFromDialog(); });
     restorePreviousSessionAction =
@@ -140,6 +142,8 @@ void MainController::Impl::retranslateMenus()
 {
     if (fileMenu)
         fileMenu->setTitle(localized("menu.file"));
+    if (addFilesAction)
+        addFilesAction->setText(localized("menu.file.add_files"));
     if (exportPlaylistAction)
         exportPlaylistAction->setText(localized("menu.file.export_playlist"));
     if (importPlaylistAction)
@@ -191,17 +195,10 @@ void MainController::Impl::importPlaylistFromDialog()
     transfer->importPlaylists(chosen);
 }
 
-// Written on the file queue: the settings file is file I/O like any other.
 void MainController::Impl::rememberPlaylistDirectory(const QString &path)
 {
-    const QString directory = QFileInfo(path).absolutePath();
-    lastPlaylistDirectory = directory;
-    backgroundIoQueue->enqueue(
-        [directory](BackgroundIoQueue::Result &result) {
-            result.success = writeSetting(QStringLiteral("fileDialog/lastPlaylistDirectory"), directory,
-                                          &result.errorText);
-        },
-        {});
+    lastPlaylistDirectory = QFileInfo(path).absolutePath();
+    writeSettingInBackground(QStringLiteral("fileDialog/lastPlaylistDirectory"), lastPlaylistDirectory);
 }
 
 } // namespace tarnix

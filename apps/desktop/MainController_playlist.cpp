@@ -23,9 +23,6 @@ namespace {
 using Ops = ControllerOperations;
 
 const QString kPlaylistSource = QStringLiteral("PLAYLIST");
-// A PNG or JPEG that arrives without the operator's image dialog (socket,
-// macro, MIDI) shows this long unless a time was remembered this session.
-constexpr qint64 kDefaultStillDurationMs = 5000;
 
 } // namespace
 
@@ -48,57 +45,6 @@ void MainController::Impl::bindPlaylistOperations()
     operations->bind<PlaylistBulkOperation>(Ops::PlaylistBulk, target, [this](PlaylistBulkOperation operation) {
         return applyBulkOperation(operation);
     });
-    operations->bind<QStringList>(Ops::AddFiles, target, [this](const QStringList &paths) {
-        return addMediaFiles(paths, false, 0);
-    });
-    QObject::connect(mediaImports.get(), &MediaImportQueue::importsFailed, mediaImports.get(),
-                     [this](const QStringList &details) {
-                         userInfoCenter->post(UserInfoSeverity::Warning, kPlaylistSource,
-                                              LocalizedText(QStringLiteral("playlist.add_media.some_failed"), {},
-                                                            QStringLiteral("Some files could not be added.")),
-                                              details.join(QLatin1Char('\n')));
-                     });
-}
-
-// Files to the playlist (below 1: the active one), each by its kind. Every
-// file that cannot even be queued is told once, at the end, with the
-// others; what analysis finds wrong is told when the queue runs dry.
-bool MainController::Impl::addMediaFiles(const QStringList &paths, bool rememberDirectory, qint32 playlistNumber)
-{
-    if (!model || paths.isEmpty())
-        return false;
-    const qint32 playlist = playlistNumber < 1 ? model->activePlaylistNumber() : playlistNumber;
-    if (rememberDirectory)
-        writeSetting(QStringLiteral("fileDialog/lastMediaDirectory"),
-                     QFileInfo(paths.first()).absoluteDir().absolutePath());
-    QStringList lines;
-    bool queuedAny = false;
-    for (const QString &path : paths) {
-        const QString name = QFileInfo(path).fileName();
-        const QString suffix = QFileInfo(path).suffix().toLower();
-        if (suffix == QLatin1String("pptx") || suffix == QLatin1String("pdf")) {
-            lines << LocalizedText(QStringLiteral("playlist.add_media.document_not_yet"), {name},
-                                   QStringLiteral("%1: This document type cannot be added yet."))
-                         .toString();
-            continue;
-        }
-        std::optional<qint64> stillDurationMs;
-        if (suffix == QLatin1String("png") || suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
-            stillDurationMs = rememberedStillDurationMs.value_or(kDefaultStillDurationMs);
-        if (!mediaImports->enqueue(path, playlist, stillDurationMs)) {
-            lines << LocalizedText(QStringLiteral("playlist.add_media.not_queued"), {name},
-                                   QStringLiteral("%1: The media item could not be queued."))
-                         .toString();
-            continue;
-        }
-        queuedAny = true;
-    }
-    if (!lines.isEmpty())
-        userInfoCenter->post(UserInfoSeverity::Warning, kPlaylistSource,
-                             LocalizedText(QStringLiteral("playlist.add_media.some_failed"), {},
-                                           QStringLiteral("Some files could not be added.")),
-                             lines.join(QLatin1Char('\n')));
-    return queuedAny;
 }
 
 bool MainController::Impl::removeItem(quint64 itemId)

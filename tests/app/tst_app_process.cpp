@@ -3,8 +3,10 @@
 // only through tarnixctl, and judged by its answers, its log and its files.
 
 #include "app_process.h"
+#include "x_windows.h"
 
 #include "playlist/playlist_document.h"
+#include "kit/clip_generator.h"
 #include "support/private_pulse_audio.h"
 #include "support/test_paths.h"
 #include "video/private_xvfb.h"
@@ -13,6 +15,8 @@
 #include <QJsonArray>
 #include <QJsonValue>
 #include <QtTest>
+
+#include <gst/gst.h>
 
 using namespace tarnix;
 using namespace tarnix::test;
@@ -45,30 +49,6 @@ PlaylistDocument twoClips()
     }
     document.nextItemId = 3;
     return document;
-}
-
-// The map state of the top-level window whose title starts with `title`
-// ("IsViewable", "IsUnMapped"), as the X server sees it; empty when absent.
-QString mapState(const QString &title)
-{
-    QProcess tree;
-    tree.start(QStringLiteral("xwininfo"), {"-root", "-children"});
-    if (!tree.waitForFinished(10000))
-        return {};
-    const QRegularExpression line("^\\s*(0x[0-9a-f]+) \"" + QRegularExpression::escape(title));
-    for (const QString &text : QString::fromLocal8Bit(tree.readAllStandardOutput()).split('\n')) {
-        const QRegularExpressionMatch match = line.match(text);
-        if (!match.hasMatch())
-            continue;
-        QProcess info;
-        info.start(QStringLiteral("xwininfo"), {"-id", match.captured(1)});
-        if (!info.waitForFinished(10000))
-            return {};
-        const QRegularExpressionMatch state =
-            QRegularExpression("Map State: (\\w+)").match(QString::fromLocal8Bit(info.readAllStandardOutput()));
-        return state.captured(1);
-    }
-    return {};
 }
 
 qint64 field(const QJsonObject &state, const char *key)
@@ -126,6 +106,7 @@ private:
 private slots:
     void initTestCase()
     {
+        gst_init(nullptr, nullptr);  // for the files made here
         QVERIFY(QFile::exists(media("h264-aac-3s.mp4")));
         QVERIFY(!showFile().isEmpty());
         QString error;
@@ -242,6 +223,109 @@ private slots:
             },
             20000));
         QCOMPARE(app.terminate(), 0);
+    }
+
+    // Files that cannot become items, in one batch with good ones: one
+    // notice with a line for each, and the show already in the playlist
+    // stays as it was.
+    void badFilesAreToldOnceAndLeaveTheShowAlone()
+    {
+        QTemporaryDir home;
+        const std::unique_ptr<AppProcess> owned = application(home);
+        AppProcess &app = *owned;
+        QVERIFY2(app.start(), qPrintable(app.console()));
+        QCOMPARE(app.ctl({"importPlaylist", showFile()}).line, QByteArray(R"({"ok":true})"));
+        const QJsonArray show = app.ctl({"playlists"}).object().value("playlists").toArray();
+
+        QString error;
+        const QString tiny = home.filePath("tiny.wav");  // 0.5 ms of sound
+        QVERIFY2(testkit::generateClip(tiny, QStringLiteral("audiotestsrc num-buffers=1 samplesperbuffer=24 ! "
+                                                            "audio/x-raw,rate=48000,channels=2 ! wavenc"),
+                                       &error),
+                 qPrintable(error));
+        const QString disguised = home.filePath("video.png");  // a WebM under a still's name
+        QVERIFY2(testkit::generateClip(disguised, QStringLiteral("videotestsrc num-buffers=10 ! vp8enc ! webmmux"),
+                                       &error),
+                 qPrintable(error));
+        const QString noise = home.filePath("noise.mp4");
+        QFile bytes(noise);
+        QVERIFY(bytes.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 65536; ++i)
+            bytes.putChar(char((i * 7919) % 251));
+        bytes.close();
+        const QString doomed = home.filePath("deleted.wav");
+        QVERIFY(QFile::copy(media("tone-1s.wav"), doomed));
+
+        // The deleted file waits behind five analyses, so it is gone before
+        // its turn.
+        const QStringList batch{media("h264-aac-3s.mp4"), tiny, disguised, noise, media("tone-1s.wav"), doomed};
+        const QString add = QStringLiteral(R"({"action":"AddFiles","args":[{"strings":["%1"]}]})")
+                                .arg(batch.join(QStringLiteral("\",\"")));
+        QCOMPARE(app.ctl({add}).object().value("status").toString(), QStringLiteral("Invoked"));
+        QVERIFY(QFile::remove(doomed));
+
+        QJsonArray playlists;
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                playlists = app.ctl({"playlists"}).object().value("playlists").toArray();
+                const QJsonArray items = playlists.at(0).toObject().value("items").toArray();
+                return std::all_of(items.begin(), items.end(),
+                                   [](const QJsonValue &item) { return item.toObject().value("status") == "ready"; })
+                       && app.logContains("Some files could not be added.");
+            },
+            30000));
+        const QJsonArray items = playlists.at(0).toObject().value("items").toArray();
+        const QJsonArray before = show.at(0).toObject().value("items").toArray();
+        QCOMPARE(items.size(), before.size() + 2);
+        for (int i = 0; i < before.size(); ++i)
+            QCOMPARE(items.at(i), before.at(i));
+        QCOMPARE(items.at(before.size()).toObject().value("filePath").toString(), batch.at(0));
+        QCOMPARE(items.at(before.size() + 1).toObject().value("filePath").toString(), batch.at(4));
+
+        const QStringList notices = app.logMessages().filter("NOTICE PLAYLIST Some files");
+        QVERIFY2(notices.size() == 1, qPrintable(notices.join("\n----\n")));
+        const QStringList lines = notices.first().split('\n');
+        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines.at(0), QStringLiteral("NOTICE PLAYLIST Some files could not be added. "
+                                             "tiny.wav: Could not determine the media duration."));
+        QCOMPARE(lines.at(1), QStringLiteral("video.png: The selected PNG/JPEG file is not a playable still image."));
+        QVERIFY2(lines.at(2).startsWith("noise.mp4: ") && lines.at(2).size() > 12, qPrintable(lines.at(2)));
+        QCOMPARE(lines.at(3), QStringLiteral("deleted.wav: The media file does not exist."));
+        QCOMPARE(app.terminate(), 0);
+    }
+
+    // A stop while files are analysed: the previous session keeps what was
+    // ready, and no placeholder.
+    void stopDuringAnalysisLeavesNoPlaceholder()
+    {
+        QTemporaryDir home;
+        {
+            const std::unique_ptr<AppProcess> owned = application(home);
+            AppProcess &app = *owned;
+            QVERIFY2(app.start(), qPrintable(app.console()));
+            QStringList batch;
+            for (int i = 0; i < 40; ++i)
+                batch << media(i % 2 ? "h264-aac-3s.mp4" : "tone-1s.wav");
+            const QString add = QStringLiteral(R"({"action":"AddFiles","args":[{"strings":["%1"]}]})")
+                                    .arg(batch.join(QStringLiteral("\",\"")));
+            QCOMPARE(app.ctl({add}).object().value("status").toString(), QStringLiteral("Invoked"));
+            QVERIFY(QTest::qWaitFor(
+                [&] {
+                    const QJsonArray items =
+                        app.ctl({"playlists"}).object().value("playlists").toArray().at(0).toObject().value("items").toArray();
+                    return items.size() == 40 && items.at(0).toObject().value("status") == "ready";
+                },
+                20000));
+            QCOMPARE(app.terminate(), 0);
+        }
+        const std::optional<PlaylistDocument> session =
+            readPlaylistFile(home.filePath("data/TARNIX3-Dev/previous-session.json"));
+        QVERIFY(session);
+        QVERIFY(!session->items.isEmpty() && session->items.size() < 40);
+        for (const PlaylistItem &item : session->items) {
+            QVERIFY(item.mediaType == PlaylistMediaType::video || item.mediaType == PlaylistMediaType::audio);
+            QVERIFY(item.settings.outPointMs.has_value());
+        }
     }
 
     // SIGTERM while playing ends cleanly and leaves the previous session;

@@ -6,15 +6,20 @@
 #include "MainController.h"
 
 #include "control/controller_operations.h"
+#include "control/operation_source.h"
 #include "playlist/playlist_document.h"
 #include "playlist/playlist_model.h"
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
 #include "shell/user_info_center.h"
 #include "support/test_paths.h"
+#include "ui/image_add_dialog.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QDoubleSpinBox>
+#include <QFileDialog>
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
@@ -71,6 +76,30 @@ struct Rig {
     }
 };
 
+template <typename Dialog>
+Dialog *findDialog()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *dialog = qobject_cast<Dialog *>(widget); dialog && dialog->isVisible())
+            return dialog;
+    }
+    return nullptr;
+}
+
+// Answers the image dialog that is open now.
+bool answerImageDialog(bool accept, double seconds = 0, bool remember = false)
+{
+    ImageAddDialog *dialog = findDialog<ImageAddDialog>();
+    if (!dialog)
+        return false;
+    if (seconds > 0)
+        dialog->findChild<QDoubleSpinBox *>("imageAddDurationSpinBox")->setValue(seconds);
+    dialog->findChild<QCheckBox *>("imageAddRememberCheckBox")->setChecked(remember);
+    accept ? dialog->accept() : dialog->reject();
+    QCoreApplication::processEvents();
+    return true;
+}
+
 } // namespace
 
 class TestMainController : public QObject
@@ -92,7 +121,10 @@ private slots:
         auto *bar = rig.controllerWindow->findChild<QMenuBar *>("applicationMenuBar");
         QVERIFY(bar);
         QVERIFY(rig.controllerWindow->findChild<QWidget *>("userInfoBar"));
-        QCOMPARE(bar->findChild<QMenu *>("fileMenu")->actions().size(), 5);  // four entries and a separator
+        QMenu *file = bar->findChild<QMenu *>("fileMenu");
+        QCOMPARE(file->actions().size(), 7);  // five entries and two separators
+        QCOMPARE(file->actions().first()->objectName(), QStringLiteral("addFilesAction"));
+        QCOMPARE(file->actions().first()->text(), QStringLiteral("Add Files..."));
         QVERIFY(bar->findChild<QMenu *>("helpMenu")->findChild<QAction *>("debugModeAction"));
 
         // On Air entries follow their operations: an entry whose owner does
@@ -183,7 +215,12 @@ private slots:
         const QStringList paths{QStringLiteral(TARNIX_TEST_MEDIA_DIR "/h264-aac-3s.mp4"),
                                 QStringLiteral(TARNIX_TEST_MEDIA_DIR "/still.png"), rig.dir.filePath("talk.pdf"), noise,
                                 rig.dir.filePath("missing.wav")};
-        QCOMPARE(rig.ops().invoke(Ops::AddFiles, paths).status, Ops::Invoked);
+        {
+            // From the socket: stills take the session's display time, no dialog.
+            OperationSourceScope remote("Remote");
+            QCOMPARE(rig.ops().invoke(Ops::AddFiles, paths).status, Ops::Invoked);
+        }
+        QVERIFY(!findDialog<ImageAddDialog>());
         // A file that is not there is not even a placeholder.
         QCOMPARE(rig.shown(), QStringLiteral("Some files could not be added.|talk.pdf: This document type cannot be "
                                              "added yet.\nmissing.wav: The media item could not be queued."));
@@ -206,6 +243,75 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(rig.shown().startsWith("Some files could not be added.|noise.mp4: "), 10000);
         QVERIFY2(!rig.shown().contains('\n'), qPrintable(rig.shown()));
         QCOMPARE(rig.ops().invoke(Ops::PlaylistBulk, PlaylistBulkOperation::Shuffle).status, Ops::Invoked);
+    }
+
+    // The operator's add: the file dialog, then one display-time question
+    // per PNG or JPEG until a time is remembered; Cancel drops the rest of
+    // its batch; later batches wait their turn.
+    void operatorAddsStillsThroughTheImageDialog()
+    {
+        Rig rig;
+        const QString still = QStringLiteral(TARNIX_TEST_MEDIA_DIR "/still.png");
+        const QString clip = QStringLiteral(TARNIX_TEST_MEDIA_DIR "/h264-aac-3s.mp4");
+        QStringList stills;
+        for (const char *name : {"a.png", "b.jpeg", "c.PNG", "d.jpg"}) {
+            stills << rig.dir.filePath(name);
+            QVERIFY(QFile::copy(still, stills.last()));
+        }
+
+        QCOMPARE(rig.ops().invoke(Ops::AddFilesDialog).status, Ops::Invoked);
+        auto *files = findDialog<QFileDialog>();
+        QVERIFY(files);
+        QCOMPARE(files->objectName(), QStringLiteral("addFilesDialog"));
+        QCOMPARE(files->windowTitle(), QStringLiteral("Add Files to Playlist"));
+        QCOMPARE(files->fileMode(), QFileDialog::ExistingFiles);
+        const QString filters = files->nameFilters().join(";;");
+        QVERIFY2(filters.contains("*.mxf") && filters.contains("*.tiff") && !filters.contains("*.pdf")
+                     && !filters.contains("*.pptx"),
+                 qPrintable(filters));
+        emit files->filesSelected({stills[0], clip, stills[1], stills[2]});
+        files->close();
+        QCoreApplication::processEvents();
+
+        // a.png asks first; nothing after it is queued yet.
+        QCOMPARE(findDialog<ImageAddDialog>()->windowTitle(), QStringLiteral("Add Image"));
+        QCOMPARE(findDialog<ImageAddDialog>()->durationMs(), qint64(5000));
+        QCOMPARE(rig.model().itemIds(1).size(), 0);
+        // A second batch from the hands waits behind the first.
+        QCOMPARE(rig.ops().invoke(Ops::AddFiles, QStringList{stills[3]}).status, Ops::Invoked);
+        QVERIFY(answerImageDialog(true, 2.5));
+        // b.jpeg asks too (nothing remembered); Cancel drops c.PNG with it.
+        QVERIFY(answerImageDialog(false));
+        QCOMPARE(rig.model().itemIds(1).size(), 2);
+        // The waiting batch asks for d.jpg; this time is remembered.
+        QVERIFY(answerImageDialog(true, 7, true));
+        QVERIFY(!findDialog<ImageAddDialog>());
+        QCOMPARE(rig.ops().invoke(Ops::AddFiles, QStringList{stills[2]}).status, Ops::Invoked);
+        QVERIFY(!findDialog<ImageAddDialog>());
+
+        QTRY_VERIFY_WITH_TIMEOUT(
+            [&] {
+                for (quint64 id : rig.model().itemIds(1))
+                    if (rig.model().isPending(id))
+                        return false;
+                return true;
+            }(),
+            20000);
+        QStringList shown;
+        for (quint64 id : rig.model().itemIds(1)) {
+            const auto item = rig.model().item(id);
+            const qint64 out = item->settings.outPointMs.value_or(-1);
+            // The clip's own length, whatever its container rounds it to.
+            shown << QFileInfo(item->filePath).fileName() + '='
+                         + QString::number(item->mediaType == PlaylistMediaType::video ? out / 1000 * 1000 : out);
+        }
+        QCOMPARE(shown, QStringList({"a.png=2500", "h264-aac-3s.mp4=3000", "d.jpg=7000", "c.PNG=7000"}));
+
+        // The dialog opens where the last files came from.
+        QCOMPARE(rig.ops().invoke(Ops::AddFilesDialog).status, Ops::Invoked);
+        QVERIFY(findDialog<QFileDialog>());
+        QCOMPARE(findDialog<QFileDialog>()->directory().absolutePath(), QDir(rig.dir.path()).absolutePath());
+        findDialog<QFileDialog>()->reject();
     }
 
     void debugSnapshotDescribesTheState()
