@@ -21,6 +21,10 @@
 #include <mutex>
 #include <thread>
 
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
 using namespace tarnix;
 
 namespace {
@@ -108,11 +112,14 @@ struct HeldRenderer {
     int running = 0;
     int mostAtOnce = 0;
     int started = 0;
+    int leastNice = 100;
 
     MediaThumbnailer::Renderer function()
     {
         return [this](const PendingThumbnail &request) {
+            const int nice = getpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)));
             std::unique_lock lock(mutex);
+            leastNice = std::min(leastNice, nice);
             ++started;
             mostAtOnce = std::max(mostAtOnce, ++running);
             lock.unlock();
@@ -393,6 +400,7 @@ private slots:
         QVERIFY(clock.elapsed() < 2000);
         QCOMPARE(held.startedCount(), 4);
         QCOMPARE(held.mostAtOnce, 2);
+        QVERIFY(held.leastNice >= 10);  // below the program output
         QCOMPARE(thumbnailer.request(9, QStringLiteral("/late.mp4"), PlaylistMediaType::video), quint64(0));
         QTest::qWait(50);
         QCOMPARE(ready.size(), 2);

@@ -50,7 +50,8 @@ struct PendingThumbnail {
 // How long each step of a thumbnail may take. Every step that can wait is
 // bounded, so that cancelling or shutting down is bounded too.
 struct ThumbnailLimits {
-    // A video has to preroll (after opening and after its seek) within this.
+    // A video has to preroll (after opening and after its seek) within this;
+    // the first look at an audio file has as long.
     std::chrono::milliseconds prerollWait{5000};
     // A frame has to arrive within this, first prerolled, then playing.
     std::chrono::milliseconds samplePull{5000};
