@@ -9,6 +9,7 @@
 #include "playlist/thumbnail_pipeline.h"
 #include "playlist/thumbnail_worker.h"
 #include "playlist/video_thumbnail.h"
+#include "support/glib_criticals.h"
 #include "support/refusing_element.h"
 #include "support/test_paths.h"
 
@@ -151,6 +152,7 @@ class TestMediaThumbnailer : public QObject
 private slots:
     void initTestCase()
     {
+        tarnix::test::failOnGlibCriticals();
         gst_init(nullptr, nullptr);
         QVERIFY(m_dir.isValid());
     }
@@ -284,7 +286,6 @@ private slots:
         QTest::newRow("landscape png") << "wide.png" << QSize(320, 180) << QPoint(120, 68) << QPoint(-1, -1);
         QTest::newRow("portrait png") << "tall.png" << QSize(60, 120) << QPoint(120, 68) << QPoint(40, 68);
         QTest::newRow("tiff") << "wide.tiff" << QSize(480, 120) << QPoint(120, 68) << QPoint(120, 20);
-        QTest::newRow("webp") << "wide.webp" << QSize(300, 150) << QPoint(120, 68) << QPoint(-1, -1);
     }
     void stillsFitTheTile()
     {
@@ -351,8 +352,6 @@ private slots:
         QTest::newRow("aac") << "MPEG-4 AAC audio" << "MPEG-4 AAC";
         QTest::newRow("pcm") << "Uncompressed 16-bit PCM audio" << "Uncompressed";
         QTest::newRow("mp3") << "MPEG-1 Layer 3 (MP3)" << "MP3";
-        QTest::newRow("flac") << "Free Lossless Audio Codec (FLAC)" << "FLAC";
-        QTest::newRow("mpeg-2") << "MPEG-2 Video" << "MPEG-2";
         QTest::newRow("unlisted") << " Theora " << "Theora";
     }
     void captionFacts()
