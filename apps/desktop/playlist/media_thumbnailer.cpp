@@ -1,0 +1,109 @@
+#include "playlist/media_thumbnailer.h"
+
+#include "playlist/thumbnail_worker.h"
+
+#include <QRunnable>
+
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace tarnix {
+
+namespace {
+
+// Pictures are made below the program output, which must win the cores.
+// Linux gives each thread its own niceness and a new thread inherits its
+// creator's, so lowering the pool thread before it builds a pipeline lowers
+// the streaming threads that pipeline starts as well.
+void lowerThisThreadsPriority(int nice)
+{
+    if (nice > 0)
+        (void)setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), nice);
+}
+
+} // namespace
+
+MediaThumbnailer::MediaThumbnailer(QObject *parent)
+    : MediaThumbnailer(Options{}, parent)
+{
+}
+
+MediaThumbnailer::MediaThumbnailer(Options options, QObject *parent)
+    : QObject(parent)
+    , m_options(std::move(options))
+{
+    registerThumbnailMetaTypes();
+    m_pool.setMaxThreadCount(std::max(1, m_options.maxThreads));
+    m_pool.setExpiryTimeout(int(m_options.threadExpiry.count()));
+    if (!m_options.render) {
+        m_options.render = [limits = m_options.limits, probe = m_options.audioProbe](const PendingThumbnail &request) {
+            return renderThumbnail(request, limits, probe);
+        };
+    }
+}
+
+MediaThumbnailer::~MediaThumbnailer()
+{
+    shutdown();
+}
+
+quint64 MediaThumbnailer::request(quint64 itemId, const QString &path, PlaylistMediaType mediaType, QSize size,
+                                  bool preferAlbumArt)
+{
+    if (m_shutDown)
+        return 0;
+    auto pending = std::make_shared<PendingThumbnail>();
+    pending->requestId = m_nextRequestId++;
+    pending->itemId = itemId;
+    pending->path = path;
+    pending->mediaType = mediaType;
+    pending->size = size;
+    pending->preferAlbumArt = preferAlbumArt;
+    m_pending.append(pending);
+    m_pool.start(QRunnable::create([this, pending, render = m_options.render, nice = m_options.workerNice] {
+        lowerThisThreadsPriority(nice);
+        MediaThumbnailResult result;
+        try {
+            result = render(*pending);
+        } catch (...) {
+            result = {};
+        }
+        result.requestId = pending->requestId;
+        // The pool is waited for before this object goes, so `this` is alive.
+        QMetaObject::invokeMethod(
+            this, [this, pending, result = std::move(result)]() mutable { finish(pending, std::move(result)); },
+            Qt::QueuedConnection);
+    }));
+    return pending->requestId;
+}
+
+void MediaThumbnailer::cancel(quint64 itemId)
+{
+    for (const auto &pending : std::as_const(m_pending)) {
+        if (pending->itemId == itemId)
+            pending->cancelled.store(true);
+    }
+}
+
+void MediaThumbnailer::shutdown()
+{
+    if (m_shutDown)
+        return;
+    m_shutDown = true;
+    for (const auto &pending : std::as_const(m_pending))
+        pending->cancelled.store(true);
+    m_pool.clear();
+    m_pool.waitForDone();
+    m_pending.clear();
+}
+
+void MediaThumbnailer::finish(const std::shared_ptr<PendingThumbnail> &request, MediaThumbnailResult result)
+{
+    if (m_shutDown)
+        return;
+    m_pending.removeOne(request);
+    emit thumbnailReady(request->itemId, std::move(result));
+}
+
+} // namespace tarnix
