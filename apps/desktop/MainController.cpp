@@ -10,6 +10,8 @@
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
 #include "playlist/media_import_queue.h"
+#include "playlist/media_thumbnailer.h"
+#include "playlist/playlist_thumbnail_store.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
@@ -56,6 +58,8 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->userInfoCenter = std::make_unique<UserInfoCenter>();
     d->model = std::make_unique<PlaylistModel>();
     d->mediaImports = std::make_unique<MediaImportQueue>(d->model.get());
+    d->thumbnailer = std::make_unique<MediaThumbnailer>();
+    d->thumbnails = std::make_unique<PlaylistThumbnailStore>(d->model.get(), d->thumbnailer.get());
     d->createSelection();
     d->operations->setContextProvider([impl = d.get()] { return impl->contextText(); });
 
@@ -149,6 +153,7 @@ void MainController::Impl::pushSettings()
     }
     lastPlaylistDirectory = readStringSetting(QStringLiteral("fileDialog/lastPlaylistDirectory"));
     lastMediaDirectory = readStringSetting(QStringLiteral("fileDialog/lastMediaDirectory"));
+    thumbnails->audioThumbnailPreferenceChanged(readBoolSetting(QStringLiteral("playlist/preferAudioAlbumArt")));
     const QColor background(readStringSetting(QStringLiteral("player/backgroundColor")));
     if (dualDeckPlayer && dualDeckPlayer->compositor() && background.isValid())
         dualDeckPlayer->compositor()->setBackground(background.rgb());
@@ -214,6 +219,9 @@ void MainController::shutdown()
     // session. Then the previous session, then the ON AIR shutdown; both
     // finish while the event loop runs.
     d->mediaImports->cancelAll();
+    // Every picture request is bounded by its time limits, so this wait is
+    // too; nothing after it may be drawn into a store that is going.
+    d->thumbnailer->shutdown();
     d->transfer->close();
     d->transfer->savePreviousSession();
     if (d->programPlayout)
@@ -244,6 +252,8 @@ void MainController::shutdown()
     d->backgroundIoQueue.reset();
     d->selection = nullptr;
     d->headlessSelection.reset();
+    d->thumbnails.reset();
+    d->thumbnailer.reset();
     d->mediaImports.reset();
     d->model.reset();
     d->userInfoCenter.reset();
@@ -323,6 +333,11 @@ ControlStateRegistry *MainController::controlState() const
 PlaylistModel *MainController::playlistModel() const
 {
     return d->model.get();
+}
+
+PlaylistThumbnailStore *MainController::thumbnailStore() const
+{
+    return d->thumbnails.get();
 }
 
 ProgramPlayoutController *MainController::programPlayout() const

@@ -14,6 +14,7 @@ class BackgroundIoQueue;
 class ControlStateRegistry;
 class ControllerOperations;
 class PlaylistModel;
+class PlaylistThumbnailStore;
 class PlaylistTransfer;
 class ProgramPlayoutController;
 class UiLanguageManager;
@@ -70,6 +71,8 @@ public:
     ControlStateRegistry *controlState() const;
 
     PlaylistModel *playlistModel() const;
+    // The item pictures the playlist views show.
+    PlaylistThumbnailStore *thumbnailStore() const;
     ProgramPlayoutController *programPlayout() const;
     PlaylistTransfer *playlistTransfer() const;
 

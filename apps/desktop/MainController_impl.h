@@ -28,6 +28,8 @@ class DualDeckPlayer;
 class ImageAddDialog;
 class ItemSelection;
 class MediaImportQueue;
+class MediaThumbnailer;
+class PlaylistThumbnailStore;
 class SelectionHolder;
 class UserInfoBar;
 
@@ -58,6 +60,9 @@ struct MainController::Impl {
     std::unique_ptr<SelectionHolder> headlessSelection;
     // Files on their way to ready items.
     std::unique_ptr<MediaImportQueue> mediaImports;
+    // Item pictures, made on a pool of their own when a view first asks.
+    std::unique_ptr<MediaThumbnailer> thumbnailer;
+    std::unique_ptr<PlaylistThumbnailStore> thumbnails;
     // The display time of PNG and JPEG stills added this session.
     std::optional<qint64> rememberedStillDurationMs;
     // Files added by the operator's hands, in order; the first may be

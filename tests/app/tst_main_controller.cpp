@@ -9,6 +9,7 @@
 #include "control/operation_source.h"
 #include "playlist/playlist_document.h"
 #include "playlist/playlist_model.h"
+#include "playlist/playlist_thumbnail_store.h"
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
 #include "shell/user_info_center.h"
@@ -239,6 +240,13 @@ private slots:
         QCOMPARE(rig.model().item(ready[1])->mediaType, PlaylistMediaType::stillImage);
         QCOMPARE(rig.model().item(ready[1])->settings.outPointMs, std::optional<qint64>(5000));
         QVERIFY(!rig.model().isPending(ready[0]) && !rig.model().isPending(ready[1]));
+        // Ready items get their pictures when a view asks.
+        PlaylistThumbnailStore *pictures = rig.controller->thumbnailStore();
+        QVERIFY(pictures->thumbnail(ready[0]).isNull());
+        QTRY_VERIFY_WITH_TIMEOUT(!pictures->thumbnail(ready[0]).isNull() && !pictures->thumbnail(ready[1]).isNull(),
+                                 20000);
+        QCOMPARE(pictures->thumbnail(ready[0]).size(), QSize(240, 136));
+        QVERIFY(pictures->details(ready[0])->success);
         // The analysis report follows the messages shown before it.
         QTRY_VERIFY_WITH_TIMEOUT(rig.shown().startsWith("Some files could not be added.|noise.mp4: "), 10000);
         QVERIFY2(!rig.shown().contains('\n'), qPrintable(rig.shown()));
