@@ -6,6 +6,7 @@
 
 #include <gst/gst.h>
 
+#include <QDir>
 #include <QFile>
 #include <QString>
 
@@ -13,6 +14,8 @@
 #include <cstdio>
 #include <functional>
 #include <vector>
+
+#include <malloc.h>
 
 namespace tarnix::bench {
 
@@ -54,6 +57,33 @@ inline double percentile(std::vector<double> values, double fraction)
     std::sort(values.begin(), values.end());
     const auto rank = static_cast<std::size_t>(fraction * double(values.size()) + 0.999999);
     return values[std::clamp<std::size_t>(rank, 1, values.size()) - 1];
+}
+
+// What a long run must keep flat, read from the process itself.
+struct ProcessFigures {
+    double rssMb = 0;
+    // Bytes the allocator has handed out and not got back (all arenas).
+    double heapMb = 0;
+    int fds = 0;
+    int threads = 0;
+};
+
+inline ProcessFigures processFigures()
+{
+    ProcessFigures figures;
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray &line : status.readAll().split('\n')) {
+            if (line.startsWith("VmRSS:"))
+                figures.rssMb = line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+            else if (line.startsWith("Threads:"))
+                figures.threads = line.mid(8).trimmed().toInt();
+        }
+    }
+    const struct mallinfo2 info = mallinfo2();
+    figures.heapMb = double(info.uordblks + info.hblkhd) / (1024.0 * 1024.0);
+    figures.fds = int(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
+    return figures;
 }
 
 } // namespace tarnix::bench

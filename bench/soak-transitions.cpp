@@ -43,32 +43,6 @@ using namespace tarnix;
 
 namespace {
 
-struct ProcessFigures {
-    double rssMb = 0;
-    // Bytes the allocator has handed out and not got back (all arenas).
-    double heapMb = 0;
-    int fds = 0;
-    int threads = 0;
-};
-
-ProcessFigures processFigures()
-{
-    ProcessFigures figures;
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray &line : status.readAll().split('\n')) {
-            if (line.startsWith("VmRSS:"))
-                figures.rssMb = line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
-            else if (line.startsWith("Threads:"))
-                figures.threads = line.mid(8).trimmed().toInt();
-        }
-    }
-    const struct mallinfo2 info = mallinfo2();
-    figures.heapMb = double(info.uordblks + info.hblkhd) / (1024.0 * 1024.0);
-    figures.fds = int(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
-    return figures;
-}
-
 template <typename Condition>
 bool runUntil(Condition condition, int limitMs)
 {
@@ -210,7 +184,7 @@ int main(int argc, char **argv)
             ++done;
             sinceLast.restart();
             if (done % report == 0 || done == transitions) {
-                const ProcessFigures figures = processFigures();
+                const bench::ProcessFigures figures = bench::processFigures();
                 const double seconds = double(window.nsecsElapsed()) / 1e9;
                 const quint64 renders = compositor->renderCount();
                 std::printf("%11d %9.1f %9.1f %5d %8d %9zu %10.1f\n", done, figures.rssMb, figures.heapMb, figures.fds,
@@ -230,7 +204,7 @@ int main(int argc, char **argv)
         }
     }
 
-    const ProcessFigures last = processFigures();
+    const bench::ProcessFigures last = bench::processFigures();
     if (baselineRss > 0 && transitions > report) {
         const double growth = 100.0 * (last.rssMb - baselineRss) / baselineRss;
         std::printf("RSS after %d transitions vs after %d: %+.1f %% (target within 5 %%) %s\n", transitions, report,

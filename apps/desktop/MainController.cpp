@@ -335,6 +335,11 @@ PlaylistModel *MainController::playlistModel() const
     return d->model.get();
 }
 
+ProgramGpuCompositor *MainController::programCompositor() const
+{
+    return d->dualDeckPlayer ? d->dualDeckPlayer->compositor() : nullptr;
+}
+
 PlaylistThumbnailStore *MainController::thumbnailStore() const
 {
     return d->thumbnails.get();

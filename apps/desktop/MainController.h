@@ -14,6 +14,7 @@ class BackgroundIoQueue;
 class ControlStateRegistry;
 class ControllerOperations;
 class PlaylistModel;
+class ProgramGpuCompositor;
 class PlaylistThumbnailStore;
 class PlaylistTransfer;
 class ProgramPlayoutController;
@@ -74,6 +75,9 @@ public:
     // The item pictures the playlist views show.
     PlaylistThumbnailStore *thumbnailStore() const;
     ProgramPlayoutController *programPlayout() const;
+    // The program picture's compositor while the program player is up, for
+    // its figures and the operator's monitor; null otherwise.
+    ProgramGpuCompositor *programCompositor() const;
     PlaylistTransfer *playlistTransfer() const;
 
     // Opens the local control socket at the path, with the playlist

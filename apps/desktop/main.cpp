@@ -13,6 +13,7 @@
 #include "shell/display_activity_guard.h"
 #include "shell/gpu_startup_preferences.h"
 #include "shell/gstreamer_runtime.h"
+#include "shell/low_priority_threads.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
 #include "shell/startup_diagnostics.h"
@@ -202,6 +203,9 @@ int main(int argc, char **argv)
     tarnix::installGStreamerBridge();
     if (!tarnix::rankStillImageDecoders())
         qCWarning(tarnix::lcStartup).noquote() << "gdk-pixbuf image decoder missing: BMP and TIFF stills cannot play";
+    // Streaming threads take the main thread's ordinary priority, whatever
+    // background worker first builds a pipeline.
+    tarnix::pinStreamingThreadPriority();
 
     // start: command line
     tarnix::CommandLine commandLine;

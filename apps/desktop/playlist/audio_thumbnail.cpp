@@ -1,5 +1,7 @@
 #include "playlist/audio_thumbnail.h"
 
+#include "shell/low_priority_threads.h"
+
 #include "playlist/thumbnail_cards.h"
 #include "playlist/thumbnail_pipeline.h"
 
@@ -170,6 +172,7 @@ AudioFileFacts probeAudioFile(const QString &path, std::chrono::milliseconds tim
     g_clear_error(&error);
     if (!discoverer)
         return facts;
+    runDiscovererThreadsAtNiceness(discoverer, thisThreadsNiceness());
     const QByteArray uri = QUrl::fromLocalFile(path).toEncoded(QUrl::FullyEncoded);
     GstDiscovererInfo *info = gst_discoverer_discover_uri(discoverer, uri.constData(), &error);
     g_clear_error(&error);

@@ -1,5 +1,7 @@
 #include "playlist/media_duration_probe.h"
 
+#include "shell/low_priority_threads.h"
+
 #include <gst/pbutils/pbutils.h>
 
 #include <QUrl>
@@ -68,6 +70,8 @@ MediaDurationProbeResult probeMediaDuration(const QString &path, std::chrono::na
         g_clear_error(&error);
         return failure(text);
     }
+    // Its streaming threads run at the asking worker's priority.
+    runDiscovererThreadsAtNiceness(discoverer, thisThreadsNiceness());
     g_clear_error(&error);
     const QByteArray uri = QUrl::fromLocalFile(path).toEncoded(QUrl::FullyEncoded);
     GstDiscovererInfo *info = gst_discoverer_discover_uri(discoverer, uri.constData(), &error);

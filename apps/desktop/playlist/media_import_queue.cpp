@@ -1,12 +1,12 @@
 #include "playlist/media_import_queue.h"
 
+#include "shell/low_priority_threads.h"
+
 #include "playlist/playlist_model.h"
 #include "shell/log_categories.h"
 
 #include <QFileInfo>
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <system_error>
@@ -16,16 +16,10 @@ namespace tarnix {
 
 namespace {
 
-// The worker and everything GStreamer starts from it run below the program
-// output, which must win the machine's cores.
-void lowerThisThreadsPriority(int nice)
-{
-    if (nice > 0)
-        (void)setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), nice);
-}
-
 void analyse(const std::shared_ptr<PendingMediaImport> &import, const MediaDurationProbe &probe, int nice)
 {
+    // The worker and the streaming threads of its analysis run below the
+    // program output, which must win the machine's cores.
     lowerThisThreadsPriority(nice);
     const QFileInfo file(import->path);
     if (!file.exists() || !file.isFile()) {

@@ -1,28 +1,14 @@
 #include "playlist/media_thumbnailer.h"
 
+#include "shell/low_priority_threads.h"
+
 #include "playlist/thumbnail_worker.h"
 
 #include <QRunnable>
 
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace tarnix {
-
-namespace {
-
-// Pictures are made below the program output, which must win the cores.
-// Linux gives each thread its own niceness and a new thread inherits its
-// creator's, so lowering the pool thread before it builds a pipeline lowers
-// the streaming threads that pipeline starts as well.
-void lowerThisThreadsPriority(int nice)
-{
-    if (nice > 0)
-        (void)setpriority(PRIO_PROCESS, id_t(syscall(SYS_gettid)), nice);
-}
-
-} // namespace
 
 MediaThumbnailer::MediaThumbnailer(QObject *parent)
     : MediaThumbnailer(Options{}, parent)

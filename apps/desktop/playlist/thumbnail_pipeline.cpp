@@ -1,6 +1,7 @@
 #include "playlist/thumbnail_pipeline.h"
 
 #include "shell/log_categories.h"
+#include "shell/low_priority_threads.h"
 #include "shell/pipeline_release.h"
 
 #include <algorithm>
@@ -54,6 +55,8 @@ ThumbnailPipeline::ThumbnailPipeline(const QString &description, std::chrono::mi
     // The parser hands over a floating reference; this object owns it now.
     if (pipeline)
         m_pipeline = GST_ELEMENT(gst_object_ref_sink(pipeline));
+    // Its streaming threads run at the building worker's priority.
+    runStreamingThreadsAtNiceness(m_pipeline, thisThreadsNiceness());
 }
 
 ThumbnailPipeline::~ThumbnailPipeline()
