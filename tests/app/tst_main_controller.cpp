@@ -284,6 +284,9 @@ private slots:
         // a.png asks first; nothing after it is queued yet.
         QCOMPARE(findDialog<ImageAddDialog>()->windowTitle(), QStringLiteral("Add Image"));
         QCOMPARE(findDialog<ImageAddDialog>()->durationMs(), qint64(5000));
+        auto *seconds = findDialog<ImageAddDialog>()->findChild<QDoubleSpinBox *>("imageAddDurationSpinBox");
+        QCOMPARE(seconds->minimum(), 0.1);
+        QCOMPARE(seconds->maximum(), 86400.0);
         QCOMPARE(rig.model().itemIds(1).size(), 0);
         // A second batch from the hands waits behind the first.
         QCOMPARE(rig.ops().invoke(Ops::AddFiles, QStringList{stills[3]}).status, Ops::Invoked);
