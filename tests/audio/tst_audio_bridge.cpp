@@ -7,6 +7,8 @@
 
 #include <QtTest>
 
+#include <mutex>
+
 using namespace tarnix;
 using namespace tarnix::test;
 
@@ -180,6 +182,66 @@ private slots:
         QVERIFY2(firstAfterReset >= 11 * 20 * GST_MSECOND && firstAfterReset <= 13 * 20 * GST_MSECOND,
                  qPrintable(QString::number(firstAfterReset)));
         QCOMPARE(previous, 15 * 20 * GST_MSECOND);
+        gst_harness_teardown(sender);
+    }
+
+    // When the sender starts a new playback the receiver goes on without a
+    // flush: a new segment that places the next buffer at its own running
+    // time, and the buffer marked DISCONT. A flush would reach the program
+    // mixer while its output thread keeps mixing, and the mixer resets the
+    // flushed input's segment before it drops the buffer it holds from it.
+    void newPlaybackIsANewSegmentWithoutAFlush()
+    {
+        Receiver receiver("epoch", 0);
+        struct Seen {
+            std::mutex mutex;
+            QList<GstEventType> events;
+            GstClockTime lastSegmentStart = GST_CLOCK_TIME_NONE;
+        } seen;
+        GstPad *sinkPad = gst_element_get_static_pad(receiver.appsink, "sink");
+        gst_pad_add_probe(
+            sinkPad,
+            static_cast<GstPadProbeType>(GST_PAD_PROBE_TYPE_EVENT_BOTH | GST_PAD_PROBE_TYPE_EVENT_FLUSH),
+            [](GstPad *, GstPadProbeInfo *info, gpointer data) {
+                auto *seen = static_cast<Seen *>(data);
+                GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
+                std::lock_guard lock(seen->mutex);
+                seen->events.append(GST_EVENT_TYPE(event));
+                if (GST_EVENT_TYPE(event) == GST_EVENT_SEGMENT) {
+                    const GstSegment *segment = nullptr;
+                    gst_event_parse_segment(event, &segment);
+                    seen->lastSegmentStart = segment->start;
+                }
+                return GST_PAD_PROBE_OK;
+            },
+            &seen, nullptr);
+        gst_object_unref(sinkPad);
+        gst_element_set_state(receiver.pipeline, GST_STATE_PLAYING);
+        QVERIFY(gst_element_get_state(receiver.pipeline, nullptr, nullptr, 2 * GST_SECOND) !=
+                GST_STATE_CHANGE_FAILURE);
+
+        GstHarness *sender = senderFor("epoch", receiver.baseTime());
+        QCOMPARE(gst_harness_push(sender, twentyMs(0)), GST_FLOW_OK);
+        GstBuffer *first = receiver.pull();
+        QVERIFY(first);
+        gst_buffer_unref(first);
+
+        // A seek in the deck: the sender sees a new segment.
+        GstSegment segment;
+        gst_segment_init(&segment, GST_FORMAT_TIME);
+        QVERIFY(gst_harness_push_event(sender, gst_event_new_segment(&segment)));
+        QCOMPARE(gst_harness_push(sender, twentyMs(10)), GST_FLOW_OK);
+        GstBuffer *next = receiver.pull();
+        QVERIFY(next);
+        QCOMPARE(GST_BUFFER_PTS(next), 200 * GST_MSECOND);
+        QVERIFY(GST_BUFFER_FLAG_IS_SET(next, GST_BUFFER_FLAG_DISCONT));
+        gst_buffer_unref(next);
+
+        std::lock_guard lock(seen.mutex);
+        QVERIFY(!seen.events.contains(GST_EVENT_FLUSH_START));
+        QVERIFY(!seen.events.contains(GST_EVENT_FLUSH_STOP));
+        QCOMPARE(seen.events.count(GST_EVENT_SEGMENT), 2);
+        QCOMPARE(seen.lastSegmentStart, 200 * GST_MSECOND);
         gst_harness_teardown(sender);
     }
 

@@ -275,27 +275,24 @@ static GstBuffer *takeChunkLocked(Channel &channel)
     return out;
 }
 
-// Downstream sees a clean flush and a new segment in which the buffer's
-// running time equals its timestamp, so the mixer places it where the
-// sender meant it to be heard.
+// Downstream sees a new segment in which the buffer's running time equals
+// its timestamp, and the buffer marked DISCONT, so the mixer places it where
+// the sender meant it to be heard. No flush goes with it: the mixer is an
+// aggregator whose output thread keeps mixing while an input is flushed, and
+// it resets a flushed input's segment before it lets go of the buffer it
+// holds from that input, so a flush here would let the mixer meet that
+// buffer with no segment at all. Our own elements on the way clear their
+// state on the segment as they would on a flush; what the mixer still holds
+// of the old sound is at most its latency.
 static GstFlowReturn tarnix_audio_source_restart_segment(TarnixAudioSource *self, GstClockTime pts)
 {
-    GstPad *pad = GST_BASE_SRC_PAD(self);
-    const guint32 seqnum = gst_util_seqnum_next();
-    GstEvent *flushStart = gst_event_new_flush_start();
-    gst_event_set_seqnum(flushStart, seqnum);
-    GstEvent *flushStop = gst_event_new_flush_stop(FALSE);
-    gst_event_set_seqnum(flushStop, seqnum);
     GstSegment segment;
     gst_segment_init(&segment, GST_FORMAT_TIME);
     segment.start = pts;
     segment.time = pts;
     segment.position = pts;
     segment.base = pts;
-    const bool restarted = gst_pad_push_event(pad, flushStart) &&
-                           gst_pad_push_event(pad, flushStop) &&
-                           gst_base_src_new_segment(GST_BASE_SRC(self), &segment);
-    if (restarted)
+    if (gst_base_src_new_segment(GST_BASE_SRC(self), &segment))
         return GST_FLOW_OK;
     if (g_atomic_int_get(&self->flushing))
         return GST_FLOW_FLUSHING;
