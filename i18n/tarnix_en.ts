@@ -363,5 +363,401 @@
         <source>Playlist %1</source>
         <translation>Playlist %1</translation>
     </message>
+    <message id="media.generating">
+        <source>Generating…</source>
+        <translation>Generating…</translation>
+    </message>
+    <message id="menu.playlist">
+        <source>Playlist</source>
+        <translation>Playlist</translation>
+    </message>
+    <message id="playlist.add_tab.tooltip">
+        <source>Add a new playlist</source>
+        <translation>Add a new playlist</translation>
+    </message>
+    <message id="playlist.analysis.analyzing">
+        <source>Analyzing media…</source>
+        <translation>Analyzing media…</translation>
+    </message>
+    <message id="playlist.analysis.waiting">
+        <source>Waiting to analyze…</source>
+        <translation>Waiting to analyze…</translation>
+    </message>
+    <message id="playlist.bulk.apply">
+        <source>APPLY</source>
+        <translation>APPLY</translation>
+    </message>
+    <message id="playlist.bulk.bgm_mode">
+        <source>Set BGM Mode</source>
+        <translation>Set BGM Mode</translation>
+    </message>
+    <message id="playlist.bulk.clear">
+        <source>Clear Playlist</source>
+        <translation>Clear Playlist</translation>
+    </message>
+    <message id="playlist.bulk.delete">
+        <source>Delete Playlist</source>
+        <translation>Delete Playlist</translation>
+    </message>
+    <message id="playlist.bulk.play_once">
+        <source>Play List Once</source>
+        <translation>Play List Once</translation>
+    </message>
+    <message id="playlist.bulk.repeat_all">
+        <source>Repeat All</source>
+        <translation>Repeat All</translation>
+    </message>
+    <message id="playlist.bulk.shuffle">
+        <source>Shuffle</source>
+        <translation>Shuffle</translation>
+    </message>
+    <message id="playlist.bulk.standard_mode">
+        <source>Clear BGM Mode</source>
+        <translation>Clear BGM Mode</translation>
+    </message>
+    <message id="playlist.bulk.undo">
+        <source>Undo</source>
+        <translation>Undo</translation>
+    </message>
+    <message id="playlist.button.add">
+        <source>ADD FILES</source>
+        <translation>ADD FILES</translation>
+    </message>
+    <message id="playlist.button.add.tooltip">
+        <source>Add media files to this playlist</source>
+        <translation>Add media files to this playlist</translation>
+    </message>
+    <message id="playlist.button.delete">
+        <source>DEL</source>
+        <translation>DEL</translation>
+    </message>
+    <message id="playlist.button.delete.tooltip">
+        <source>Remove the selected item from the playlist (the source file will not be deleted)</source>
+        <translation>Remove the selected item from the playlist (the source file will not be deleted)</translation>
+    </message>
+    <message id="playlist.button.edit">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="playlist.button.edit.tooltip_button">
+        <source>Load the selected item into EDIT</source>
+        <translation>Load the selected item into EDIT</translation>
+    </message>
+    <message id="playlist.button.edit.tooltip_selection">
+        <source>The selected item is loaded into EDIT when it is selected</source>
+        <translation>The selected item is loaded into EDIT when it is selected</translation>
+    </message>
+    <message id="playlist.button.move_down.tooltip">
+        <source>Move the selected item down</source>
+        <translation>Move the selected item down</translation>
+    </message>
+    <message id="playlist.button.move_up.tooltip">
+        <source>Move the selected item up</source>
+        <translation>Move the selected item up</translation>
+    </message>
+    <message id="playlist.button.off_air">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="playlist.button.on_air">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
+    <message id="playlist.button.on_air.tooltip">
+        <source>Take the selected item ON AIR; while ON AIR, go OFF AIR</source>
+        <translation>Take the selected item ON AIR; while ON AIR, go OFF AIR</translation>
+    </message>
+    <message id="playlist.color.blue">
+        <source>Blue</source>
+        <translation>Blue</translation>
+    </message>
+    <message id="playlist.color.default">
+        <source>Default</source>
+        <translation>Default</translation>
+    </message>
+    <message id="playlist.color.green">
+        <source>Green</source>
+        <translation>Green</translation>
+    </message>
+    <message id="playlist.color.red">
+        <source>Red</source>
+        <translation>Red</translation>
+    </message>
+    <message id="playlist.color.yellow">
+        <source>Yellow</source>
+        <translation>Yellow</translation>
+    </message>
+    <message id="playlist.conversion.action_unavailable">
+        <source>This item is being analyzed or converted and cannot be used for %1.</source>
+        <translation>This item is being analyzed or converted and cannot be used for %1.</translation>
+    </message>
+    <message id="playlist.conversion.encoding">
+        <source>Encoding video…</source>
+        <translation>Encoding video…</translation>
+    </message>
+    <message id="playlist.conversion.exporting">
+        <source>Exporting slides…</source>
+        <translation>Exporting slides…</translation>
+    </message>
+    <message id="playlist.conversion.item_status">
+        <source>%1 %2%</source>
+        <translation>%1 %2%</translation>
+    </message>
+    <message id="playlist.conversion.preparing">
+        <source>Preparing conversion…</source>
+        <translation>Preparing conversion…</translation>
+    </message>
+    <message id="playlist.conversion.rendering">
+        <source>Rendering pages…</source>
+        <translation>Rendering pages…</translation>
+    </message>
+    <message id="playlist.conversion.waiting">
+        <source>Waiting to convert…</source>
+        <translation>Waiting to convert…</translation>
+    </message>
+    <message id="playlist.crossfade">
+        <source>CROSSFADE</source>
+        <translation>CROSSFADE</translation>
+    </message>
+    <message id="playlist.crossfade.duration.tooltip">
+        <source>Crossfade duration</source>
+        <translation>Crossfade duration</translation>
+    </message>
+    <message id="playlist.crossfade.step.tooltip">
+        <source>Step through common crossfade durations</source>
+        <translation>Step through common crossfade durations</translation>
+    </message>
+    <message id="playlist.crossfade.tooltip">
+        <source>Crossfade video using the selected duration when taking the item on air</source>
+        <translation>Crossfade video using the selected duration when taking the item on air</translation>
+    </message>
+    <message id="playlist.current_time.local_tooltip">
+        <source>Local clock (%1)</source>
+        <translation>Local clock (%1)</translation>
+    </message>
+    <message id="playlist.current_time.title">
+        <source>CURRENT TIME</source>
+        <translation>CURRENT TIME</translation>
+    </message>
+    <message id="playlist.error.cue">
+        <source>PREPARATION ERROR</source>
+        <translation>PREPARATION ERROR</translation>
+    </message>
+    <message id="playlist.error.on_air">
+        <source>ON AIR ERROR</source>
+        <translation>ON AIR ERROR</translation>
+    </message>
+    <message id="playlist.item.modes">
+        <source>Start %1  End %2  Nominal Volume %3</source>
+        <translation>Start %1  End %2  Nominal Volume %3</translation>
+    </message>
+    <message id="playlist.item.points">
+        <source>In %1  Out %2</source>
+        <translation>In %1  Out %2</translation>
+    </message>
+    <message id="playlist.item_count">
+        <source>%1 ITEMS</source>
+        <translation>%1 ITEMS</translation>
+    </message>
+    <message id="playlist.list.description">
+        <source>List view. Click an item to select it and load it into EDIT.</source>
+        <translation>List view. Click an item to select it and load it into EDIT.</translation>
+    </message>
+    <message id="playlist.list.description.button">
+        <source>List view. Click an item to select it; EDIT loads it into the EDIT player.</source>
+        <translation>List view. Click an item to select it; EDIT loads it into the EDIT player.</translation>
+    </message>
+    <message id="playlist.list.description.tiles">
+        <source>Tile view. Click a tile to take it ON AIR; Ctrl+Click selects and prepares it only.</source>
+        <translation>Tile view. Click a tile to take it ON AIR; Ctrl+Click selects and prepares it only.</translation>
+    </message>
+    <message id="playlist.list.name">
+        <source>Playlist items</source>
+        <translation>Playlist items</translation>
+    </message>
+    <message id="playlist.map.column.duration">
+        <source>DUR</source>
+        <translation>DUR</translation>
+    </message>
+    <message id="playlist.map.column.end_mode">
+        <source>End Mode</source>
+        <translation>End Mode</translation>
+    </message>
+    <message id="playlist.map.column.item">
+        <source>Item No.</source>
+        <translation>Item No.</translation>
+    </message>
+    <message id="playlist.map.column.name">
+        <source>Item name</source>
+        <translation>Item name</translation>
+    </message>
+    <message id="playlist.map.column.playlist">
+        <source>Playlist No.</source>
+        <translation>Playlist No.</translation>
+    </message>
+    <message id="playlist.map.column.sequence">
+        <source>Play Sequence No.</source>
+        <translation>Play Sequence No.</translation>
+    </message>
+    <message id="playlist.map.column.start_mode">
+        <source>Start Mode</source>
+        <translation>Start Mode</translation>
+    </message>
+    <message id="playlist.map.endpoint">
+        <source>Arrival: Playlist %1 / Item %2 — %3</source>
+        <translation>Arrival: Playlist %1 / Item %2 — %3</translation>
+    </message>
+    <message id="playlist.map.note.destination_bgm">
+        <source>The destination is in a BGM playlist and cannot continue in ON AIR. Mapping stops here.</source>
+        <translation>The destination is in a BGM playlist and cannot continue in ON AIR. Mapping stops here.</translation>
+    </message>
+    <message id="playlist.map.note.destination_pause">
+        <source>The next item's Start Mode is PAUSE. Mapping stops before that item.</source>
+        <translation>The next item's Start Mode is PAUSE. Mapping stops before that item.</translation>
+    </message>
+    <message id="playlist.map.note.destination_unavailable">
+        <source>The NEXT or GOTO destination is unavailable. Mapping stops here.</source>
+        <translation>The NEXT or GOTO destination is unavailable. Mapping stops here.</translation>
+    </message>
+    <message id="playlist.map.note.infinite_repeat">
+        <source>An infinite repeat was found. Total is unlimited.</source>
+        <translation>An infinite repeat was found. Total is unlimited.</translation>
+    </message>
+    <message id="playlist.map.note.live_or_unknown">
+        <source>A LIVE item or an item with unknown duration was found. Total is unlimited.</source>
+        <translation>A LIVE item or an item with unknown duration was found. Total is unlimited.</translation>
+    </message>
+    <message id="playlist.map.note.loop">
+        <source>A playback loop was found. Total is unlimited.</source>
+        <translation>A playback loop was found. Total is unlimited.</translation>
+    </message>
+    <message id="playlist.map.note.start_pause">
+        <source>The starting item's Start Mode is PAUSE. Mapping stops at this item.</source>
+        <translation>The starting item's Start Mode is PAUSE. Mapping stops at this item.</translation>
+    </message>
+    <message id="playlist.map.title">
+        <source>Map</source>
+        <translation>Map</translation>
+    </message>
+    <message id="playlist.map.total">
+        <source>Total: %1</source>
+        <translation>Total: %1</translation>
+    </message>
+    <message id="playlist.map.unlimited">
+        <source>Unlimited</source>
+        <translation>Unlimited</translation>
+    </message>
+    <message id="playlist.menu.color">
+        <source>Item Color</source>
+        <translation>Item Color</translation>
+    </message>
+    <message id="playlist.menu.copy_state">
+        <source>Copy State</source>
+        <translation>Copy State</translation>
+    </message>
+    <message id="playlist.menu.crossfade">
+        <source>Crossfade</source>
+        <translation>Crossfade</translation>
+    </message>
+    <message id="playlist.menu.end_mode">
+        <source>End Mode</source>
+        <translation>End Mode</translation>
+    </message>
+    <message id="playlist.menu.fade_in">
+        <source>Fade In</source>
+        <translation>Fade In</translation>
+    </message>
+    <message id="playlist.menu.fade_out">
+        <source>Fade Out</source>
+        <translation>Fade Out</translation>
+    </message>
+    <message id="playlist.menu.map">
+        <source>Map</source>
+        <translation>Map</translation>
+    </message>
+    <message id="playlist.menu.new_playlist">
+        <source>New Playlist</source>
+        <translation>New Playlist</translation>
+    </message>
+    <message id="playlist.menu.paste_state">
+        <source>Paste State</source>
+        <translation>Paste State</translation>
+    </message>
+    <message id="playlist.menu.rename">
+        <source>Rename Item</source>
+        <translation>Rename Item</translation>
+    </message>
+    <message id="playlist.menu.separator_below">
+        <source>Separator Below</source>
+        <translation>Separator Below</translation>
+    </message>
+    <message id="playlist.menu.start_mode">
+        <source>Start Mode</source>
+        <translation>Start Mode</translation>
+    </message>
+    <message id="playlist.mode.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="playlist.mode.next">
+        <source>Next</source>
+        <translation>Next</translation>
+    </message>
+    <message id="playlist.mode.pause">
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message id="playlist.mode.play">
+        <source>Play</source>
+        <translation>Play</translation>
+    </message>
+    <message id="playlist.mode.repeat">
+        <source>Repeat</source>
+        <translation>Repeat</translation>
+    </message>
+    <message id="playlist.mode.stop">
+        <source>Stop</source>
+        <translation>Stop</translation>
+    </message>
+    <message id="playlist.name.placeholder">
+        <source>Enter playlist name</source>
+        <translation>Enter playlist name</translation>
+    </message>
+    <message id="playlist.powerpoint.error">
+        <source>PPT: ERROR</source>
+        <translation>PPT: ERROR</translation>
+    </message>
+    <message id="playlist.powerpoint.preparing">
+        <source>PPT: PREPARING</source>
+        <translation>PPT: PREPARING</translation>
+    </message>
+    <message id="playlist.powerpoint.preparing_detail">
+        <source>Preparing the selected PowerPoint. Press ON AIR to take it automatically when preparation finishes.</source>
+        <translation>Preparing the selected PowerPoint. Press ON AIR to take it automatically when preparation finishes.</translation>
+    </message>
+    <message id="playlist.powerpoint.ready">
+        <source>PPT: READY</source>
+        <translation>PPT: READY</translation>
+    </message>
+    <message id="playlist.rename.label">
+        <source>Display name:</source>
+        <translation>Display name:</translation>
+    </message>
+    <message id="playlist.rename.title">
+        <source>Rename Playlist Item</source>
+        <translation>Rename Playlist Item</translation>
+    </message>
+    <message id="playlist.view.list.tooltip">
+        <source>List view</source>
+        <translation>List view</translation>
+    </message>
+    <message id="playlist.view.tiles.tooltip">
+        <source>Tile view
+Click a tile: ON AIR
+Ctrl+Click: Select and prepare only</source>
+        <translation>Tile view
+Click a tile: ON AIR
+Ctrl+Click: Select and prepare only</translation>
+    </message>
 </context>
 </TS>

@@ -363,5 +363,401 @@
         <source>Playlist %1</source>
         <translation>プレイリスト %1</translation>
     </message>
+    <message id="media.generating">
+        <source>Generating…</source>
+        <translation>生成中…</translation>
+    </message>
+    <message id="menu.playlist">
+        <source>Playlist</source>
+        <translation>プレイリスト</translation>
+    </message>
+    <message id="playlist.add_tab.tooltip">
+        <source>Add a new playlist</source>
+        <translation>新しいプレイリストを追加</translation>
+    </message>
+    <message id="playlist.analysis.analyzing">
+        <source>Analyzing media…</source>
+        <translation>メディアを解析中…</translation>
+    </message>
+    <message id="playlist.analysis.waiting">
+        <source>Waiting to analyze…</source>
+        <translation>解析待ち…</translation>
+    </message>
+    <message id="playlist.bulk.apply">
+        <source>APPLY</source>
+        <translation>適用</translation>
+    </message>
+    <message id="playlist.bulk.bgm_mode">
+        <source>Set BGM Mode</source>
+        <translation>BGMモードに設定</translation>
+    </message>
+    <message id="playlist.bulk.clear">
+        <source>Clear Playlist</source>
+        <translation>プレイリストを空にする</translation>
+    </message>
+    <message id="playlist.bulk.delete">
+        <source>Delete Playlist</source>
+        <translation>プレイリストを削除</translation>
+    </message>
+    <message id="playlist.bulk.play_once">
+        <source>Play List Once</source>
+        <translation>リストを1回再生</translation>
+    </message>
+    <message id="playlist.bulk.repeat_all">
+        <source>Repeat All</source>
+        <translation>全体をリピート</translation>
+    </message>
+    <message id="playlist.bulk.shuffle">
+        <source>Shuffle</source>
+        <translation>シャッフル</translation>
+    </message>
+    <message id="playlist.bulk.standard_mode">
+        <source>Clear BGM Mode</source>
+        <translation>BGMモードを解除</translation>
+    </message>
+    <message id="playlist.bulk.undo">
+        <source>Undo</source>
+        <translation>元に戻す</translation>
+    </message>
+    <message id="playlist.button.add">
+        <source>ADD FILES</source>
+        <translation>ファイル追加</translation>
+    </message>
+    <message id="playlist.button.add.tooltip">
+        <source>Add media files to this playlist</source>
+        <translation>このプレイリストにメディアファイルを追加</translation>
+    </message>
+    <message id="playlist.button.delete">
+        <source>DEL</source>
+        <translation>削除</translation>
+    </message>
+    <message id="playlist.button.delete.tooltip">
+        <source>Remove the selected item from the playlist (the source file will not be deleted)</source>
+        <translation>選択した項目をプレイリストから外します（元のファイルは削除されません）</translation>
+    </message>
+    <message id="playlist.button.edit">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="playlist.button.edit.tooltip_button">
+        <source>Load the selected item into EDIT</source>
+        <translation>選択した項目をEDITに読み込みます</translation>
+    </message>
+    <message id="playlist.button.edit.tooltip_selection">
+        <source>The selected item is loaded into EDIT when it is selected</source>
+        <translation>項目を選択するとEDITに読み込まれます</translation>
+    </message>
+    <message id="playlist.button.move_down.tooltip">
+        <source>Move the selected item down</source>
+        <translation>選択した項目を下へ移動</translation>
+    </message>
+    <message id="playlist.button.move_up.tooltip">
+        <source>Move the selected item up</source>
+        <translation>選択した項目を上へ移動</translation>
+    </message>
+    <message id="playlist.button.off_air">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="playlist.button.on_air">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
+    <message id="playlist.button.on_air.tooltip">
+        <source>Take the selected item ON AIR; while ON AIR, go OFF AIR</source>
+        <translation>選択した項目をON AIRにします。ON AIR中はOFF AIRにします</translation>
+    </message>
+    <message id="playlist.color.blue">
+        <source>Blue</source>
+        <translation>青</translation>
+    </message>
+    <message id="playlist.color.default">
+        <source>Default</source>
+        <translation>標準</translation>
+    </message>
+    <message id="playlist.color.green">
+        <source>Green</source>
+        <translation>緑</translation>
+    </message>
+    <message id="playlist.color.red">
+        <source>Red</source>
+        <translation>赤</translation>
+    </message>
+    <message id="playlist.color.yellow">
+        <source>Yellow</source>
+        <translation>黄</translation>
+    </message>
+    <message id="playlist.conversion.action_unavailable">
+        <source>This item is being analyzed or converted and cannot be used for %1.</source>
+        <translation>この項目は解析中または変換中のため、%1 に使用できません。</translation>
+    </message>
+    <message id="playlist.conversion.encoding">
+        <source>Encoding video…</source>
+        <translation>動画をエンコード中…</translation>
+    </message>
+    <message id="playlist.conversion.exporting">
+        <source>Exporting slides…</source>
+        <translation>スライドを書き出し中…</translation>
+    </message>
+    <message id="playlist.conversion.item_status">
+        <source>%1 %2%</source>
+        <translation>%1 %2%</translation>
+    </message>
+    <message id="playlist.conversion.preparing">
+        <source>Preparing conversion…</source>
+        <translation>変換を準備中…</translation>
+    </message>
+    <message id="playlist.conversion.rendering">
+        <source>Rendering pages…</source>
+        <translation>ページをレンダリング中…</translation>
+    </message>
+    <message id="playlist.conversion.waiting">
+        <source>Waiting to convert…</source>
+        <translation>変換待ち…</translation>
+    </message>
+    <message id="playlist.crossfade">
+        <source>CROSSFADE</source>
+        <translation>クロスフェード</translation>
+    </message>
+    <message id="playlist.crossfade.duration.tooltip">
+        <source>Crossfade duration</source>
+        <translation>クロスフェードの長さ</translation>
+    </message>
+    <message id="playlist.crossfade.step.tooltip">
+        <source>Step through common crossfade durations</source>
+        <translation>よく使うクロスフェードの長さを順に切り替えます</translation>
+    </message>
+    <message id="playlist.crossfade.tooltip">
+        <source>Crossfade video using the selected duration when taking the item on air</source>
+        <translation>ON AIRにするとき、選んだ長さで映像をクロスフェードします</translation>
+    </message>
+    <message id="playlist.current_time.local_tooltip">
+        <source>Local clock (%1)</source>
+        <translation>ローカル時計（%1）</translation>
+    </message>
+    <message id="playlist.current_time.title">
+        <source>CURRENT TIME</source>
+        <translation>現在時刻</translation>
+    </message>
+    <message id="playlist.error.cue">
+        <source>PREPARATION ERROR</source>
+        <translation>準備エラー</translation>
+    </message>
+    <message id="playlist.error.on_air">
+        <source>ON AIR ERROR</source>
+        <translation>ON AIRエラー</translation>
+    </message>
+    <message id="playlist.item.modes">
+        <source>Start %1  End %2  Nominal Volume %3</source>
+        <translation>開始 %1  終了 %2  基準音量 %3</translation>
+    </message>
+    <message id="playlist.item.points">
+        <source>In %1  Out %2</source>
+        <translation>イン %1  アウト %2</translation>
+    </message>
+    <message id="playlist.item_count">
+        <source>%1 ITEMS</source>
+        <translation>%1 項目</translation>
+    </message>
+    <message id="playlist.list.description">
+        <source>List view. Click an item to select it and load it into EDIT.</source>
+        <translation>リスト表示。項目をクリックすると選択され、EDITに読み込まれます。</translation>
+    </message>
+    <message id="playlist.list.description.button">
+        <source>List view. Click an item to select it; EDIT loads it into the EDIT player.</source>
+        <translation>リスト表示。項目をクリックすると選択されます。EDITボタンでEDITプレーヤーに読み込みます。</translation>
+    </message>
+    <message id="playlist.list.description.tiles">
+        <source>Tile view. Click a tile to take it ON AIR; Ctrl+Click selects and prepares it only.</source>
+        <translation>タイル表示。タイルをクリックするとON AIRになります。Ctrl+クリックは選択と準備のみです。</translation>
+    </message>
+    <message id="playlist.list.name">
+        <source>Playlist items</source>
+        <translation>プレイリストの項目</translation>
+    </message>
+    <message id="playlist.map.column.duration">
+        <source>DUR</source>
+        <translation>長さ</translation>
+    </message>
+    <message id="playlist.map.column.end_mode">
+        <source>End Mode</source>
+        <translation>終了モード</translation>
+    </message>
+    <message id="playlist.map.column.item">
+        <source>Item No.</source>
+        <translation>項目番号</translation>
+    </message>
+    <message id="playlist.map.column.name">
+        <source>Item name</source>
+        <translation>項目名</translation>
+    </message>
+    <message id="playlist.map.column.playlist">
+        <source>Playlist No.</source>
+        <translation>プレイリスト番号</translation>
+    </message>
+    <message id="playlist.map.column.sequence">
+        <source>Play Sequence No.</source>
+        <translation>再生順</translation>
+    </message>
+    <message id="playlist.map.column.start_mode">
+        <source>Start Mode</source>
+        <translation>開始モード</translation>
+    </message>
+    <message id="playlist.map.endpoint">
+        <source>Arrival: Playlist %1 / Item %2 — %3</source>
+        <translation>到着: プレイリスト %1 / 項目 %2 — %3</translation>
+    </message>
+    <message id="playlist.map.note.destination_bgm">
+        <source>The destination is in a BGM playlist and cannot continue in ON AIR. Mapping stops here.</source>
+        <translation>行き先はBGMプレイリストにあり、ON AIRでは続けられません。ここでマップを終えます。</translation>
+    </message>
+    <message id="playlist.map.note.destination_pause">
+        <source>The next item's Start Mode is PAUSE. Mapping stops before that item.</source>
+        <translation>次の項目の開始モードがPAUSEです。その項目の手前でマップを終えます。</translation>
+    </message>
+    <message id="playlist.map.note.destination_unavailable">
+        <source>The NEXT or GOTO destination is unavailable. Mapping stops here.</source>
+        <translation>NEXTまたはGOTOの行き先がありません。ここでマップを終えます。</translation>
+    </message>
+    <message id="playlist.map.note.infinite_repeat">
+        <source>An infinite repeat was found. Total is unlimited.</source>
+        <translation>無限リピートがあります。合計は無制限です。</translation>
+    </message>
+    <message id="playlist.map.note.live_or_unknown">
+        <source>A LIVE item or an item with unknown duration was found. Total is unlimited.</source>
+        <translation>LIVE項目または長さ不明の項目があります。合計は無制限です。</translation>
+    </message>
+    <message id="playlist.map.note.loop">
+        <source>A playback loop was found. Total is unlimited.</source>
+        <translation>再生のループがあります。合計は無制限です。</translation>
+    </message>
+    <message id="playlist.map.note.start_pause">
+        <source>The starting item's Start Mode is PAUSE. Mapping stops at this item.</source>
+        <translation>開始項目の開始モードがPAUSEです。この項目でマップを終えます。</translation>
+    </message>
+    <message id="playlist.map.title">
+        <source>Map</source>
+        <translation>マップ</translation>
+    </message>
+    <message id="playlist.map.total">
+        <source>Total: %1</source>
+        <translation>合計: %1</translation>
+    </message>
+    <message id="playlist.map.unlimited">
+        <source>Unlimited</source>
+        <translation>無制限</translation>
+    </message>
+    <message id="playlist.menu.color">
+        <source>Item Color</source>
+        <translation>項目の色</translation>
+    </message>
+    <message id="playlist.menu.copy_state">
+        <source>Copy State</source>
+        <translation>状態をコピー</translation>
+    </message>
+    <message id="playlist.menu.crossfade">
+        <source>Crossfade</source>
+        <translation>クロスフェード</translation>
+    </message>
+    <message id="playlist.menu.end_mode">
+        <source>End Mode</source>
+        <translation>終了モード</translation>
+    </message>
+    <message id="playlist.menu.fade_in">
+        <source>Fade In</source>
+        <translation>フェードイン</translation>
+    </message>
+    <message id="playlist.menu.fade_out">
+        <source>Fade Out</source>
+        <translation>フェードアウト</translation>
+    </message>
+    <message id="playlist.menu.map">
+        <source>Map</source>
+        <translation>マップ</translation>
+    </message>
+    <message id="playlist.menu.new_playlist">
+        <source>New Playlist</source>
+        <translation>新しいプレイリスト</translation>
+    </message>
+    <message id="playlist.menu.paste_state">
+        <source>Paste State</source>
+        <translation>状態を貼り付け</translation>
+    </message>
+    <message id="playlist.menu.rename">
+        <source>Rename Item</source>
+        <translation>項目名を変更</translation>
+    </message>
+    <message id="playlist.menu.separator_below">
+        <source>Separator Below</source>
+        <translation>下に区切り線</translation>
+    </message>
+    <message id="playlist.menu.start_mode">
+        <source>Start Mode</source>
+        <translation>開始モード</translation>
+    </message>
+    <message id="playlist.mode.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="playlist.mode.next">
+        <source>Next</source>
+        <translation>次へ</translation>
+    </message>
+    <message id="playlist.mode.pause">
+        <source>Pause</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="playlist.mode.play">
+        <source>Play</source>
+        <translation>再生</translation>
+    </message>
+    <message id="playlist.mode.repeat">
+        <source>Repeat</source>
+        <translation>リピート</translation>
+    </message>
+    <message id="playlist.mode.stop">
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message id="playlist.name.placeholder">
+        <source>Enter playlist name</source>
+        <translation>プレイリスト名を入力</translation>
+    </message>
+    <message id="playlist.powerpoint.error">
+        <source>PPT: ERROR</source>
+        <translation>PPT: エラー</translation>
+    </message>
+    <message id="playlist.powerpoint.preparing">
+        <source>PPT: PREPARING</source>
+        <translation>PPT: 準備中</translation>
+    </message>
+    <message id="playlist.powerpoint.preparing_detail">
+        <source>Preparing the selected PowerPoint. Press ON AIR to take it automatically when preparation finishes.</source>
+        <translation>選択したPowerPointを準備しています。ON AIRを押すと、準備ができしだい自動でON AIRになります。</translation>
+    </message>
+    <message id="playlist.powerpoint.ready">
+        <source>PPT: READY</source>
+        <translation>PPT: 準備完了</translation>
+    </message>
+    <message id="playlist.rename.label">
+        <source>Display name:</source>
+        <translation>表示名:</translation>
+    </message>
+    <message id="playlist.rename.title">
+        <source>Rename Playlist Item</source>
+        <translation>プレイリスト項目の名前を変更</translation>
+    </message>
+    <message id="playlist.view.list.tooltip">
+        <source>List view</source>
+        <translation>リスト表示</translation>
+    </message>
+    <message id="playlist.view.tiles.tooltip">
+        <source>Tile view
+Click a tile: ON AIR
+Ctrl+Click: Select and prepare only</source>
+        <translation>タイル表示
+タイルをクリック: ON AIR
+Ctrl+クリック: 選択と準備のみ</translation>
+    </message>
 </context>
 </TS>

@@ -3,6 +3,7 @@
 
 #include "control/control_socket_server.h"
 #include "control/controller_operations.h"
+#include "control/playlist_item_operations.h"
 #include "playlist/playlist_model.h"
 #include "playlist/playlist_transfer.h"
 #include "playout/dual_deck_player.h"
@@ -18,6 +19,7 @@
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
+#include "ui/playlist_panel.h"
 
 #include <QColor>
 #include <QCoreApplication>
@@ -60,6 +62,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->mediaImports = std::make_unique<MediaImportQueue>(d->model.get());
     d->thumbnailer = std::make_unique<MediaThumbnailer>();
     d->thumbnails = std::make_unique<PlaylistThumbnailStore>(d->model.get(), d->thumbnailer.get());
+    d->itemOperations = std::make_unique<PlaylistItemOperations>(d->model.get(), d->operations.get());
     d->createSelection();
     d->operations->setContextProvider([impl = d.get()] { return impl->contextText(); });
 
@@ -101,11 +104,18 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
                                                                      : QStringLiteral("down"));
 }
 
-// No playlist panel is built in the controller window yet, so the selection
-// is the headless holder's. The panel, once it is built here, takes its place
-// and the holder is not created at all.
+// The playlist panel provides the selection and binds the selection
+// operations. A run without a controller window (the composition under
+// test) has no panel; the headless holder stands in for it.
 void MainController::Impl::createSelection()
 {
+    if (controllerWindow) {
+        auto *panel = new PlaylistPanel(model.get(), thumbnails.get(), operations.get(), itemOperations.get(),
+                                        userInfoCenter.get(), controllerWindow);
+        playlistPanel = panel;
+        selection = panel->selection();
+        return;
+    }
     headlessSelection = std::make_unique<SelectionHolder>(model.get(), operations.get());
     selection = headlessSelection.get();
 }
@@ -140,8 +150,10 @@ void MainController::Impl::createProgramSide()
         programPlayerError = player->initializationError();
 
     programPlayout = std::make_unique<ProgramPlayoutController>(
-        std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection,
+        std::make_unique<DualDeckProgramPlayer>(std::move(player)), model.get(), selection.data(),
         userInfoCenter.get(), operations.get(), &controlState);
+    if (playlistPanel)
+        programPlayout->setPlaylistPanel(playlistPanel->programView());
 }
 
 // The settings the existing objects need at start, read once here.
@@ -158,11 +170,23 @@ void MainController::Impl::pushSettings()
     if (dualDeckPlayer && dualDeckPlayer->compositor() && background.isValid())
         dualDeckPlayer->compositor()->setBackground(background.rgb());
 
+    if (playlistPanel) {
+        playlistPanel->setEditActivation(readIntSetting(QStringLiteral("playlist/editActivationMode")) == 1
+                                             ? PlaylistPanel::EditActivation::Button
+                                             : PlaylistPanel::EditActivation::Selection);
+        playlistPanel->setTimeZone(readStringSetting(QStringLiteral("time/timeZone")));
+        // The panel tells ON AIR the active playlist's crossfade itself.
+        return;
+    }
     // Without a playlist panel the take's crossfade follows the active
     // playlist and the document's duration.
     pushManualCrossfade();
     for (auto signal : {&PlaylistModel::modelReset, &PlaylistModel::playlistOrderChanged})
         QObject::connect(model.get(), signal, widgetContext.get(), [this] { pushManualCrossfade(); });
+    QObject::connect(model.get(), &PlaylistModel::playlistManualCrossfadeChanged, widgetContext.get(),
+                     [this] { pushManualCrossfade(); });
+    QObject::connect(model.get(), &PlaylistModel::manualCrossfadeDurationChanged, widgetContext.get(),
+                     [this] { pushManualCrossfade(); });
     QObject::connect(model.get(), &PlaylistModel::activePlaylistChanged, widgetContext.get(),
                      [this] { pushManualCrossfade(); });
 }
@@ -172,13 +196,8 @@ void MainController::Impl::pushManualCrossfade()
     if (!programPlayout || !model)
         return;
     bool enabled = false;
-    const qint32 active = model->activePlaylistNumber();
-    const PlaylistDocument document = model->snapshot();
-    for (const Playlist &playlist : document.playlists) {
-        if (playlist.number == active)
-            enabled = playlist.manualCrossfadeEnabled;
-    }
-    programPlayout->setManualCrossfade(enabled, document.manualCrossfadeDurationMs);
+    enabled = model->playlistManualCrossfadeEnabled(model->activePlaylistNumber());
+    programPlayout->setManualCrossfade(enabled, model->manualCrossfadeDurationMs());
 }
 
 QString MainController::Impl::contextText() const
@@ -251,7 +270,9 @@ void MainController::shutdown()
     }
     d->backgroundIoQueue.reset();
     d->selection = nullptr;
+    delete d->playlistPanel.data();
     d->headlessSelection.reset();
+    d->itemOperations.reset();
     d->thumbnails.reset();
     d->thumbnailer.reset();
     d->mediaImports.reset();
@@ -338,6 +359,11 @@ PlaylistModel *MainController::playlistModel() const
 ProgramGpuCompositor *MainController::programCompositor() const
 {
     return d->dualDeckPlayer ? d->dualDeckPlayer->compositor() : nullptr;
+}
+
+PlaylistPanel *MainController::playlistPanel() const
+{
+    return d->playlistPanel.data();
 }
 
 PlaylistThumbnailStore *MainController::thumbnailStore() const

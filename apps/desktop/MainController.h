@@ -14,6 +14,7 @@ class BackgroundIoQueue;
 class ControlStateRegistry;
 class ControllerOperations;
 class PlaylistModel;
+class PlaylistPanel;
 class ProgramGpuCompositor;
 class PlaylistThumbnailStore;
 class PlaylistTransfer;
@@ -74,6 +75,8 @@ public:
     PlaylistModel *playlistModel() const;
     // The item pictures the playlist views show.
     PlaylistThumbnailStore *thumbnailStore() const;
+    // The playlist panel of the controller window; null without a window.
+    PlaylistPanel *playlistPanel() const;
     ProgramPlayoutController *programPlayout() const;
     // The program picture's compositor while the program player is up, for
     // its figures and the operator's monitor; null otherwise.

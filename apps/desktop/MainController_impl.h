@@ -3,6 +3,7 @@
 #include "MainController.h"
 
 #include "control/control_state_registry.h"
+#include "playlist/item_selection.h"
 #include "playlist/playlist_enums.h"
 
 #include <QList>
@@ -29,6 +30,8 @@ class ImageAddDialog;
 class ItemSelection;
 class MediaImportQueue;
 class MediaThumbnailer;
+class PlaylistItemOperations;
+class PlaylistPanel;
 class PlaylistThumbnailStore;
 class SelectionHolder;
 class UserInfoBar;
@@ -51,13 +54,18 @@ struct MainController::Impl {
     ControlStateRegistry controlState;
     std::unique_ptr<UserInfoCenter> userInfoCenter;
     std::unique_ptr<PlaylistModel> model;
+    // Item and playlist operations that need only the model.
+    std::unique_ptr<PlaylistItemOperations> itemOperations;
     // The item selection ON AIR follows. The playlist panel provides it and
-    // binds the selection operations; only while the controller window has
-    // no playlist panel does the headless holder exist, binding SelectItem
+    // binds the selection operations; only without a controller window (no
+    // playlist panel) does the headless holder exist, binding SelectItem
     // itself, so the two never both bind (the first binding of an operation
     // would win silently).
-    ItemSelection *selection = nullptr;
+    QPointer<ItemSelection> selection;
     std::unique_ptr<SelectionHolder> headlessSelection;
+    // Belongs to the controller window; removed at shutdown before the
+    // document it shows.
+    QPointer<PlaylistPanel> playlistPanel;
     // Files on their way to ready items.
     std::unique_ptr<MediaImportQueue> mediaImports;
     // Item pictures, made on a pool of their own when a view first asks.
@@ -97,6 +105,8 @@ struct MainController::Impl {
     QPointer<QMenuBar> menuBar;
     QPointer<QMenu> fileMenu;
     QPointer<QMenu> onAirMenu;
+    QPointer<QWidget> programPanelPlace;
+    QPointer<QWidget> editPanelPlace;
     QPointer<QMenu> helpMenu;
     QPointer<QAction> addFilesAction;
     QPointer<QAction> exportPlaylistAction;

@@ -12,12 +12,15 @@
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_bar.h"
+#include "ui/playlist_panel.h"
 
 #include <QAction>
 #include <QDateTime>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFrame>
+#include <QHBoxLayout>
 #include <QMenu>
 #include <QMenuBar>
 #include <QVBoxLayout>
@@ -120,8 +123,40 @@ void MainController::Impl::buildControllerWindow()
                 writeDebugSnapshot();
         });
 
-    // Panels come between the menu bar and the message bar.
-    layout->addStretch(1);
+    // The playlist panel's menu follows On Air.
+    if (playlistPanel)
+        bar->insertMenu(helpMenu->menuAction(), playlistPanel->playlistMenu());
+
+    // Panels come between the menu bar and the message bar: the playlist
+    // panel on the left; on the right the EDIT panel above the program
+    // panel, whose places stay hidden until they have a panel.
+    auto *body = new QWidget(window);
+    body->setObjectName(QStringLiteral("controllerBody"));
+    auto *columns = new QHBoxLayout(body);
+    columns->setContentsMargins(0, 0, 0, 0);
+    columns->setSpacing(6);
+    auto woodTrim = [body] {
+        auto *trim = new QFrame(body);
+        trim->setObjectName(QStringLiteral("controllerWoodTrim"));
+        trim->setFixedWidth(6);
+        return trim;
+    };
+    columns->addWidget(woodTrim());
+    if (playlistPanel)
+        columns->addWidget(playlistPanel, 4);
+    auto *right = new QVBoxLayout;
+    editPanelPlace = new QWidget(body);
+    editPanelPlace->setObjectName(QStringLiteral("editPanelPlace"));
+    editPanelPlace->hide();
+    programPanelPlace = new QWidget(body);
+    programPanelPlace->setObjectName(QStringLiteral("programPanelPlace"));
+    programPanelPlace->hide();
+    right->addWidget(editPanelPlace, 1);
+    right->addWidget(programPanelPlace, 1);
+    // Empty places take no room until their panels arrive.
+    columns->addLayout(right, 0);
+    columns->addWidget(woodTrim());
+    layout->addWidget(body, 1);
     auto *info = new UserInfoBar(userInfoCenter.get(), window);
     layout->addWidget(info);
     userInfoBar = info;

@@ -76,6 +76,10 @@ private slots:
         app.setDisplay(qEnvironmentVariable("DISPLAY"));
         QVERIFY2(app.start(), qPrintable(app.console()));
         QVERIFY(QTest::qWaitFor([] { return mapState("TARNIX Program") == "IsViewable"; }, 10000));
+        // The controller window opens over the program picture on the one
+        // screen there is; it goes aside so that the grabs see the program.
+        QVERIFY(QTest::qWaitFor([] { return mapState("TARNIX Controller") == "IsViewable"; }, 10000));
+        QVERIFY(moveWindow("TARNIX Controller", 5000, 0));
 
         QStringList quoted;
         for (const CorpusFile &file : std::as_const(m_corpus))

@@ -41,6 +41,19 @@ inline QString mapState(const QString &title)
     return QRegularExpression("Map State: (\\w+)").match(QString::fromLocal8Bit(info.readAllStandardOutput())).captured(1);
 }
 
+// Moves a top-level window (there is no window manager under the test's
+// X server, so nothing moves it back); false when it is missing.
+inline bool moveWindow(const QString &title, int x, int y)
+{
+    const QString id = topLevelWindowId(title);
+    if (id.isEmpty())
+        return false;
+    QProcess move;
+    move.start(QStringLiteral("xdotool"), {"windowmove", QString::number(id.toUInt(nullptr, 16)), QString::number(x),
+                                          QString::number(y)});
+    return move.waitForFinished(10000) && move.exitCode() == 0;
+}
+
 // The window's picture from an xwd dump (ZPixmap, 24 or 32 bits a pixel,
 // the layout every TrueColor Xvfb screen uses). Null with a reason when
 // the window is missing or the dump has another layout.

@@ -519,6 +519,18 @@ bool PlaylistModel::setPlaylistName(qint32 number, const QString &name)
     return true;
 }
 
+bool PlaylistModel::setPlaylistManualCrossfadeEnabled(qint32 number, bool enabled)
+{
+    const auto it = d->playlists.find(number);
+    if (it == d->playlists.end())
+        return false;
+    if (it->manualCrossfadeEnabled == enabled)
+        return true;
+    it->manualCrossfadeEnabled = enabled;
+    emit playlistManualCrossfadeChanged(number, enabled);
+    return true;
+}
+
 bool PlaylistModel::setPlaylistMode(qint32 number, PlaylistMode mode)
 {
     const auto it = d->playlists.find(number);
@@ -792,8 +804,17 @@ bool PlaylistModel::setManualCrossfadeDurationMs(qint64 durationMs)
 {
     if (durationMs < 100 || durationMs > 60000)
         return false;
+    if (d->manualCrossfadeDurationMs == durationMs)
+        return true;
     d->manualCrossfadeDurationMs = durationMs;
+    emit manualCrossfadeDurationChanged(durationMs);
     return true;
+}
+
+bool PlaylistModel::playlistManualCrossfadeEnabled(qint32 number) const
+{
+    const auto it = d->playlists.constFind(number);
+    return it != d->playlists.cend() && it->manualCrossfadeEnabled;
 }
 
 // ---- availability --------------------------------------------------------

@@ -61,6 +61,8 @@ public:
     bool setActivePlaylist(qint32 number);
     bool setPlaylistName(qint32 number, const QString &name);
     bool setPlaylistMode(qint32 number, PlaylistMode mode);
+    // Take ON AIR from this playlist with the document's crossfade.
+    bool setPlaylistManualCrossfadeEnabled(qint32 number, bool enabled);
 
     // Playback references.
     bool setOnAirItem(quint64 itemId);
@@ -86,6 +88,7 @@ public:
     quint64 nextItemId() const;
     qint64 manualCrossfadeDurationMs() const;
     bool setManualCrossfadeDurationMs(qint64 durationMs);
+    bool playlistManualCrossfadeEnabled(qint32 number) const;
 
     // Bulk operations and their one undo record.
     bool applyBulkOperation(qint32 playlistNumber, PlaylistBulkOperation op);
@@ -162,6 +165,8 @@ signals:
     void playlistRemoved(qint32 playlistNumber);
     void playlistNameChanged(qint32 playlistNumber, const QString &name);
     void playlistModeChanged(qint32 playlistNumber, tarnix::PlaylistMode mode);
+    void playlistManualCrossfadeChanged(qint32 playlistNumber, bool enabled);
+    void manualCrossfadeDurationChanged(qint64 durationMs);
     void activePlaylistChanged(qint32 previousPlaylistNumber, qint32 currentPlaylistNumber);
     void modelReset();
     void macrosChanged();
