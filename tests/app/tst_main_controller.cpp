@@ -15,6 +15,8 @@
 #include "shell/user_info_center.h"
 #include "support/test_paths.h"
 #include "ui/image_add_dialog.h"
+#include "ui/playlist_list_widget.h"
+#include "ui/playlist_panel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -24,6 +26,9 @@
 #include <QFile>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTabBar>
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -139,6 +144,74 @@ private slots:
         QCOMPARE(take->text(), QStringLiteral("Take ON AIR"));
         QVERIFY(take->isEnabled());
         QVERIFY(!dsk->isEnabled());
+    }
+
+    // The playlist panel in the controller window: it owns the selection,
+    // its buttons and drops are logged operations from the operator's
+    // hands, and the composition root's playlist operations carry them out.
+    void playlistPanelDrivesTheDocument()
+    {
+        Rig rig;
+        PlaylistPanel *panel = rig.controller->playlistPanel();
+        QVERIFY(panel);
+        QCOMPARE(panel->parentWidget()->objectName(), QStringLiteral("controllerBody"));
+        QVERIFY(rig.controllerWindow->findChild<QMenuBar *>("applicationMenuBar")->actions().contains(
+            panel->playlistMenu()->menuAction()));
+        rig.controllerWindow->resize(1200, 800);
+        rig.controllerWindow->show();
+        QVERIFY(QTest::qWaitForWindowExposed(rig.controllerWindow));
+        const quint64 first = rig.add("first.mp4");
+        const quint64 second = rig.add("second.mp4");
+
+        testkit::LogCapture operations(testkit::LogCapture::category(QStringLiteral("CONTROL")));
+        QCOMPARE(rig.ops().invoke(Ops::SelectItem, first).status, Ops::Invoked);
+        QCOMPARE(panel->selectedItemId(), first);
+        auto *moveDown = panel->findChild<QAbstractButton *>("playlistMoveDownButton");
+        QVERIFY(moveDown);
+        moveDown->click();
+        QCOMPARE(rig.model().itemIds(1), (QList<quint64>{second, first}));
+        QVERIFY2(!operations.find(QStringLiteral("OP request id=\\d+ action=MoveItem .* source=UI "
+                                                 "args=QList\\(QVariant\\(qulonglong, %1\\), QVariant\\(int, 1\\)\\)")
+                                      .arg(first))
+                      .isEmpty(),
+                 qPrintable(operations.texts().join('\n')));
+
+        // A drag as Qt delivers it: entering the widget, then the drop.
+        auto dropItem = [](QWidget *target, QPoint at, quint64 itemId, Qt::KeyboardModifiers modifiers) {
+            QMimeData mime;
+            mime.setData(QLatin1String(kPlaylistItemMimeType), QByteArray::number(itemId));
+            QDragEnterEvent enter(at, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, modifiers);
+            QApplication::sendEvent(target, &enter);
+            QDropEvent drop(QPointF(at), Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton, modifiers);
+            QApplication::sendEvent(target, &drop);
+        };
+
+        // Ctrl and a drop on the second tab: a copy there with a new id.
+        QCOMPARE(rig.ops().invoke(Ops::CreatePlaylist).status, Ops::Invoked);
+        auto *tabs = panel->findChild<QTabBar *>("playlistTabBar");
+        QCOMPARE(tabs->count(), 2);
+        dropItem(tabs, tabs->tabRect(1).center(), first, Qt::ControlModifier);
+        const QList<quint64> copied = rig.model().itemIds(2);
+        QCOMPARE(copied.size(), 1);
+        QVERIFY(copied.first() != first);
+        QCOMPARE(rig.model().item(copied.first())->filePath, rig.model().item(first)->filePath);
+        QCOMPARE(rig.model().itemIds(1).size(), 2);
+        QVERIFY(!operations.find(QStringLiteral("action=TransferItem .* source=UI")).isEmpty());
+
+        // A pending item is not copied, and the operator is told why.
+        PlaylistItemRequest pending = testkit::ItemRequest(testkit::touchFile(rig.dir.filePath("pending.mp4")));
+        pending.pending = PlaylistPendingState{};
+        const quint64 analysing = rig.model().addItems({pending}).value(0);
+        dropItem(tabs, tabs->tabRect(1).center(), analysing, Qt::ControlModifier);
+        QCOMPARE(rig.model().itemIds(2).size(), 1);
+        QCOMPARE(rig.shown(), QStringLiteral("This item is being analyzed or converted and cannot be used for COPY.|"));
+
+        // Without Ctrl, a drop on the active playlist's list moves the item.
+        QCOMPARE(rig.ops().invoke(Ops::ActivatePlaylist, 2).status, Ops::Invoked);
+        auto *list = panel->findChild<PlaylistListWidget *>("playlistListWidget");
+        dropItem(list->viewport(), list->viewport()->rect().center(), second, Qt::NoModifier);
+        QCOMPARE(rig.model().playlistOf(second), 2);
+        QCOMPARE(rig.model().itemIds(2).size(), 2);
     }
 
     void exitClosesTheControllerWindowWhichMayGoFirst()

@@ -38,9 +38,11 @@ void PlaylistListWidget::setTileView(bool tiles)
     setResizeMode(QListView::Adjust);
     setMovement(QListView::Static);
     setSpacing(tiles ? 2 : 0);
-    // IconMode turns dragging into moving icons around; the drags are ours.
+    // Changing the view mode switches dragging and the viewport's drops
+    // to Qt's own idea of each mode; here both views drag and take drops.
     setDragEnabled(true);
     setDragDropMode(QAbstractItemView::DragDrop);
+    viewport()->setAcceptDrops(true);
     scheduleDelayedItemsLayout();
 }
 
@@ -71,7 +73,16 @@ void PlaylistListWidget::mousePressEvent(QMouseEvent *event)
     m_pressPosition = event->position().toPoint();
     // Selection by click reaches the panel through the current index; the
     // release below decides whether a tile is taken.
+    ++m_operatorInput;
     QListView::mousePressEvent(event);
+    --m_operatorInput;
+}
+
+void PlaylistListWidget::keyPressEvent(QKeyEvent *event)
+{
+    ++m_operatorInput;
+    QListView::keyPressEvent(event);
+    --m_operatorInput;
 }
 
 // One item is selected at a time, whatever the modifiers: Ctrl never
@@ -141,6 +152,14 @@ QStringList PlaylistListWidget::droppedFiles(const QMimeData *mime)
     return paths;
 }
 
+bool PlaylistListWidget::isCopyDrop(const QDropEvent *event)
+{
+    if (event->modifiers().testFlag(Qt::ControlModifier))
+        return true;
+    const auto *from = qobject_cast<const PlaylistListWidget *>(event->source());
+    return from && from->m_dragCopy;
+}
+
 int PlaylistListWidget::gapAt(const QPoint &position) const
 {
     const QModelIndex index = indexAt(position);
@@ -179,8 +198,7 @@ void PlaylistListWidget::dragMoveEvent(QDragMoveEvent *event)
         return;
     }
     if (event->mimeData()->hasFormat(QLatin1String(kPlaylistItemMimeType))) {
-        const bool copy = event->modifiers().testFlag(Qt::ControlModifier);
-        event->setDropAction(copy ? Qt::CopyAction : Qt::MoveAction);
+        event->setDropAction(isCopyDrop(event) ? Qt::CopyAction : Qt::MoveAction);
         event->accept();
     } else {
         event->acceptProposedAction();
@@ -210,8 +228,7 @@ void PlaylistListWidget::dropEvent(QDropEvent *event)
             event->ignore();
             return;
         }
-        const bool copy = event->dropAction() == Qt::CopyAction
-                          || event->modifiers().testFlag(Qt::ControlModifier);
+        const bool copy = isCopyDrop(event);
         event->setDropAction(copy ? Qt::CopyAction : Qt::MoveAction);
         event->accept();
         emit itemDropped(id, gap + 1, copy);

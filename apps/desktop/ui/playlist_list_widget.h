@@ -40,12 +40,19 @@ public:
     void setOnAirPlaylistNumber(int number) { m_onAirPlaylist = number; }
 
     quint64 itemIdAt(const QPoint &position) const;
+    // True while a click or a key of the operator is being handled: a
+    // current row that moves then is the operator's choice, not the effect
+    // of rows coming and going.
+    bool isHandlingOperatorInput() const { return m_operatorInput > 0; }
 
     // Whether a drag carries something this view takes: the playlist item
     // format or file URIs, never Qt's own item-model format.
     static bool acceptsDrag(const QMimeData *mime);
     // The local files of a drop, in order.
     static QStringList droppedFiles(const QMimeData *mime);
+    // Whether an item drop copies: Ctrl held when the drag of one of these
+    // views started, or when it is dropped. Anything else moves.
+    static bool isCopyDrop(const QDropEvent *event);
 
 signals:
     // A tile was clicked: select it and take it ON AIR.
@@ -58,6 +65,7 @@ signals:
 
 protected:
     void mousePressEvent(QMouseEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void contextMenuEvent(QContextMenuEvent *event) override;
@@ -82,6 +90,7 @@ private:
     bool m_selectOnly = false;
     bool m_dragCopy = false;
     int m_onAirPlaylist = 0;
+    int m_operatorInput = 0;
 };
 
 } // namespace tarnix

@@ -92,8 +92,10 @@ void PlaylistPanel::Impl::connectWidgets()
             tellTabActivation(tabBar->playlistAt(index));
     });
     QObject::connect(tabBar, &PlaylistTabBar::playlistDragged, q, [this](qint32 number, int index) {
-        if (!model || !model->movePlaylist(number, index))
-            rebuildTabs();
+        if (model)
+            model->movePlaylist(number, index);
+        // Moved or refused, the tabs show the document's order.
+        rebuildTabs();
     });
     QObject::connect(tabBar, &PlaylistTabBar::itemDroppedOnPlaylist, q, [this](quint64 id, qint32 number, bool copy) {
         if (model)

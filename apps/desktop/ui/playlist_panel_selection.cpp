@@ -61,10 +61,14 @@ void PlaylistPanel::Impl::showSelectionInView()
 // SelectItem like any other; a refusal puts the view back.
 void PlaylistPanel::Impl::onViewCurrentChanged(quint64 itemId)
 {
-    if (applyingSelection)
+    if (applyingSelection || itemId == selected)
         return;
-    if (itemId == selected)
+    if (!list->isHandlingOperatorInput()) {
+        // Rows came or went under the current one: the view shows the
+        // selection again once the change is through.
+        QMetaObject::invokeMethod(q, [this] { showSelectionInView(); }, Qt::QueuedConnection);
         return;
+    }
     if (itemId == 0 || invoke(ControllerOperations::SelectItem, {QVariant::fromValue(itemId)}).status
                            != ControllerOperations::Invoked)
         showSelectionInView();

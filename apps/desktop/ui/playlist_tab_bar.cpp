@@ -6,6 +6,8 @@
 #include <QMimeData>
 #include <QMouseEvent>
 
+#include <utility>
+
 namespace tarnix {
 
 PlaylistTabBar::PlaylistTabBar(QWidget *parent) : QTabBar(parent)
@@ -17,8 +19,10 @@ PlaylistTabBar::PlaylistTabBar(QWidget *parent) : QTabBar(parent)
     setElideMode(Qt::ElideRight);
     setUsesScrollButtons(true);
     connect(this, &QTabBar::tabMoved, this, [this](int, int to) {
-        if (!m_rebuilding)
+        if (!m_rebuilding) {
             m_draggedPlaylist = playlistAt(to);
+            m_draggedIndex = to;
+        }
     });
 }
 
@@ -42,9 +46,10 @@ void PlaylistTabBar::mouseReleaseEvent(QMouseEvent *event)
 {
     QTabBar::mouseReleaseEvent(event);
     if (m_draggedPlaylist) {
-        const qint32 number = m_draggedPlaylist;
-        m_draggedPlaylist = 0;
-        emit playlistDragged(number, indexOfPlaylist(number));
+        const qint32 number = std::exchange(m_draggedPlaylist, 0);
+        // Where the tab was last put while dragging; the tabs are rebuilt
+        // from the document's order afterwards either way.
+        emit playlistDragged(number, m_draggedIndex);
     }
 }
 
@@ -64,7 +69,7 @@ void PlaylistTabBar::dragMoveEvent(QDragMoveEvent *event)
         return;
     }
     if (event->mimeData()->hasFormat(QLatin1String(kPlaylistItemMimeType))) {
-        event->setDropAction(event->modifiers().testFlag(Qt::ControlModifier) ? Qt::CopyAction : Qt::MoveAction);
+        event->setDropAction(PlaylistListWidget::isCopyDrop(event) ? Qt::CopyAction : Qt::MoveAction);
         event->accept(tabRect(index));
     } else {
         event->acceptProposedAction();
@@ -86,7 +91,7 @@ void PlaylistTabBar::dropEvent(QDropEvent *event)
             event->ignore();
             return;
         }
-        const bool copy = event->dropAction() == Qt::CopyAction || event->modifiers().testFlag(Qt::ControlModifier);
+        const bool copy = PlaylistListWidget::isCopyDrop(event);
         event->setDropAction(copy ? Qt::CopyAction : Qt::MoveAction);
         event->accept();
         emit itemDroppedOnPlaylist(id, number, copy);

@@ -36,6 +36,7 @@ protected:
 private:
     bool m_rebuilding = false;
     qint32 m_draggedPlaylist = 0;
+    int m_draggedIndex = 0;
 };
 
 } // namespace tarnix
