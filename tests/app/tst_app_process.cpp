@@ -225,6 +225,64 @@ private slots:
         QCOMPARE(app.terminate(), 0);
     }
 
+    // What the playlist panel asks for, asked over the socket, makes the
+    // same document changes: the panel has no way of its own.
+    void playlistOperationsOverTheSocket()
+    {
+        QTemporaryDir home;
+        const std::unique_ptr<AppProcess> owned = application(home);
+        AppProcess &app = *owned;
+        QVERIFY2(app.start(), qPrintable(app.console()));
+        QCOMPARE(app.ctl({"importPlaylist", showFile()}).line, QByteArray(R"({"ok":true})"));
+        auto status = [&app](const QString &request) {
+            return app.ctl({request}).object().value("status").toString();
+        };
+        const QStringList invoked{
+            R"({"action":"SetItemColor","args":[{"uint64":"1"},{"enum":"PlaylistItemColor","value":"red"}]})",
+            R"({"action":"SetItemFadeOutEnabled","args":[{"uint64":"2"},{"bool":true}]})",
+            R"({"action":"SetItemSeparatorBelow","args":[{"uint64":"2"},{"bool":true}]})",
+            R"({"action":"SetItemDisplayName","args":[{"uint64":"2"},{"string":"Closing"}]})",
+            R"({"action":"RenamePlaylist","args":[{"int":1},{"string":"Morning"}]})",
+            R"({"action":"CopyItemState","args":[{"uint64":"1"}]})",
+            R"({"action":"PasteItemState","args":[{"uint64":"2"}]})",
+            R"({"action":"CreatePlaylist"})",
+            R"({"action":"TransferItem","args":[{"uint64":"2"},{"int":2},{"int":1},{"bool":true}]})",
+            R"({"action":"SelectItemNumber","args":[{"int":1}]})",
+            R"({"action":"SelectRelativeItem","args":[{"int":1}]})",
+        };
+        for (const QString &request : invoked)
+            QVERIFY2(status(request) == "Invoked", qPrintable(request));
+        QCOMPARE(field(app.state(), "selectedItemId"), 2);
+        QCOMPARE(status(R"({"action":"SetItemEndMode","args":[{"uint64":"1"},{"enum":"PlaylistEndMode","value":"goto"}]})"),
+                 QStringLiteral("Rejected"));
+        QCOMPARE(status(R"({"action":"RemoveSelectedItem"})"), QStringLiteral("Invoked"));
+        QCOMPARE(field(app.state(), "selectedItemId"), -1);
+
+        const QString exported = home.filePath("exported.json");
+        QCOMPARE(app.ctl({"exportPlaylist", exported}).line, QByteArray(R"({"ok":true})"));
+        QString error;
+        const std::optional<PlaylistDocument> document = readPlaylistFile(exported, &error);
+        QVERIFY2(document, qPrintable(error));
+        QCOMPARE(document->playlists.size(), 2);
+        QCOMPARE(document->playlists.at(0).name, QStringLiteral("Morning"));
+        QCOMPARE(document->items.size(), 2);
+        const PlaylistItem &kept = document->items.at(0);
+        QCOMPARE(kept.id, quint64(1));
+        QCOMPARE(kept.color, PlaylistItemColor::red);
+        QCOMPARE(kept.settings.endMode, PlaylistEndMode::next);
+        const PlaylistItem &copy = document->items.at(1);
+        QCOMPARE(copy.playlistNumber, 2);
+        QVERIFY(copy.id > 2);
+        QCOMPARE(copy.displayName, QStringLiteral("Closing"));
+        QVERIFY(copy.separatorBelow);
+        // The paste gave it the first item's modes and switches.
+        QVERIFY(!copy.settings.fadeOut.enabled);
+        QCOMPARE(copy.settings.endMode, PlaylistEndMode::next);
+        const QStringList log = app.logMessages();
+        QVERIFY(!log.filter(QRegularExpression("^OP request id=\\d+ action=TransferItem .* source=Remote ")).isEmpty());
+        QCOMPARE(app.terminate(), 0);
+    }
+
     // Files that cannot become items, in one batch with good ones: one
     // notice with a line for each, and the show already in the playlist
     // stays as it was.
