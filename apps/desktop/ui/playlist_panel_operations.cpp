@@ -8,6 +8,7 @@
 
 #include "playlist/playlist_model.h"
 #include "shell/localized_text.h"
+#include "shell/log_categories.h"
 #include "shell/user_info_center.h"
 #include "ui/playlist_item_list_model.h"
 #include "ui/playlist_list_widget.h"
@@ -92,8 +93,8 @@ void PlaylistPanel::Impl::connectWidgets()
             tellTabActivation(tabBar->playlistAt(index));
     });
     QObject::connect(tabBar, &PlaylistTabBar::playlistDragged, q, [this](qint32 number, int index) {
-        if (model)
-            model->movePlaylist(number, index);
+        if (model && model->movePlaylist(number, index))
+            qCInfo(lcPlaylist).noquote() << QStringLiteral("UI playlist %1 moved to tab %2").arg(number).arg(index + 1);
         // Moved or refused, the tabs show the document's order.
         rebuildTabs();
     });
@@ -172,13 +173,24 @@ void PlaylistPanel::Impl::connectWidgets()
         if (selected)
             emit q->moveDownRequested(selected);
     });
+    // These have no operation of their own; they are logged here so that
+    // the log holds every change the operator made from the panel.
     QObject::connect(crossfadeCheckBox, &QCheckBox::toggled, q, [this](bool on) {
-        if (!model || !model->setPlaylistManualCrossfadeEnabled(model->activePlaylistNumber(), on))
+        if (!model || !model->setPlaylistManualCrossfadeEnabled(model->activePlaylistNumber(), on)) {
             refreshPlaylistFields();
+            return;
+        }
+        qCInfo(lcPlaylist).noquote() << QStringLiteral("UI playlist %1 take crossfade %2")
+                                            .arg(model->activePlaylistNumber())
+                                            .arg(on ? QStringLiteral("on") : QStringLiteral("off"));
     });
     QObject::connect(crossfadeDuration, &QDoubleSpinBox::valueChanged, q, [this](double seconds) {
-        if (!model || !model->setManualCrossfadeDurationMs(qRound64(seconds * 1000.0)))
+        if (!model || !model->setManualCrossfadeDurationMs(qRound64(seconds * 1000.0))) {
             refreshPlaylistFields();
+            return;
+        }
+        qCInfo(lcPlaylist).noquote()
+            << QStringLiteral("UI take crossfade duration %1 ms").arg(model->manualCrossfadeDurationMs());
     });
     QObject::connect(fadeDurationStepButton, &QToolButton::clicked, q, [this] { stepCrossfadeDuration(); });
     QObject::connect(bulkCombo, &QComboBox::currentIndexChanged, q, [this] { refreshButtons(); });
@@ -212,7 +224,8 @@ void PlaylistPanel::Impl::stepCrossfadeDuration()
             break;
         }
     }
-    model->setManualCrossfadeDurationMs(next);
+    if (model->setManualCrossfadeDurationMs(next))
+        qCInfo(lcPlaylist).noquote() << QStringLiteral("UI take crossfade duration %1 ms").arg(next);
     refreshPlaylistFields();
 }
 
