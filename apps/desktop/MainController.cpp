@@ -19,6 +19,8 @@
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
+#include "ui/controller_shortcuts.h"
+#include "ui/controller_volume_input.h"
 #include "ui/playlist_panel.h"
 
 #include <QColor>
@@ -76,6 +78,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->bindPlaylistOperations();
     d->bindMediaOperations();
     d->pushSettings();
+    d->createKeyboard();
 
     // The program side is started; whether it came up is told now, with the
     // player's reason, and the start hides the program window.
@@ -156,6 +159,17 @@ void MainController::Impl::createProgramSide()
         programPlayout->setPlaylistPanel(playlistPanel->programView());
 }
 
+// Keys reach the operations once every owner has bound its operations and
+// the menus exist, so that the menu entries show their keys.
+void MainController::Impl::createKeyboard()
+{
+    if (!controllerWindow)
+        return;
+    shortcuts = std::make_unique<ControllerShortcuts>(controllerWindow, playlistPanel, operations.get(),
+                                                      readJsonSetting(QStringLiteral("shortcuts/bindings")).toObject());
+    volumeInput = std::make_unique<ControllerVolumeInput>(controllerWindow, operations.get());
+}
+
 // The settings the existing objects need at start, read once here.
 void MainController::Impl::pushSettings()
 {
@@ -231,6 +245,8 @@ void MainController::shutdown()
     // reaches this object any more.
     d->operations->setAccepting(false);
     d->controlSocket.reset();
+    d->volumeInput.reset();
+    d->shortcuts.reset();
     d->debugSnapshotTimer.stop();
     d->widgetContext.reset();
 

@@ -25,6 +25,8 @@ class QWidget;
 namespace tarnix {
 
 class ControlSocketServer;
+class ControllerShortcuts;
+class ControllerVolumeInput;
 class DualDeckPlayer;
 class ImageAddDialog;
 class ItemSelection;
@@ -126,6 +128,10 @@ struct MainController::Impl {
     // none outlives it.
     std::unique_ptr<QObject> widgetContext;
 
+    // The keyboard: shortcuts and the volume chords.
+    std::unique_ptr<ControllerShortcuts> shortcuts;
+    std::unique_ptr<ControllerVolumeInput> volumeInput;
+
     QTimer debugSnapshotTimer;
     std::unique_ptr<ControlSocketServer> controlSocket;
     bool shutDown = false;
@@ -136,6 +142,7 @@ struct MainController::Impl {
     void createProgramSide();
     void pushSettings();
     void pushManualCrossfade();
+    void createKeyboard();
     void waitForShutdown();
     QString contextText() const;
 

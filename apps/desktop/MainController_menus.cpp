@@ -104,7 +104,8 @@ void MainController::Impl::buildControllerWindow()
             continue;
         }
         QAction *action = onAirMenu->addAction(QString());
-        action->setObjectName(QStringLiteral("onAir%1Action").arg(QLatin1String(entry.name)));
+        // "onAirMenu" and the shortcut's name: the keyboard finds its entry so.
+        action->setObjectName(QStringLiteral("onAirMenu%1").arg(QLatin1String(entry.name)));
         const Ops::Action operation = entry.action;
         QObject::connect(action, &QAction::triggered, widgetContext.get(),
                          [this, operation] { operations->invoke(operation); });

@@ -138,8 +138,8 @@ private slots:
         auto *onAir = bar->findChild<QMenu *>("onAirMenu");
         QVERIFY(onAir);
         QCOMPARE(onAir->actions().size(), 13);
-        QAction *take = onAir->findChild<QAction *>("onAirTakeOnAirAction");
-        QAction *dsk = onAir->findChild<QAction *>("onAirToggleDskAction");
+        QAction *take = onAir->findChild<QAction *>("onAirMenuTakeOnAir");
+        QAction *dsk = onAir->findChild<QAction *>("onAirMenuToggleDsk");
         QVERIFY(take && dsk);
         QCOMPARE(take->text(), QStringLiteral("Take ON AIR"));
         QVERIFY(take->isEnabled());

@@ -60,6 +60,26 @@ void PlaylistPanel::Impl::buildPlaylistMenu()
     menuPasteStateAction = playlistMenu->addAction(text("playlist.menu.paste_state", "Paste State"));
     menuPasteStateAction->setObjectName(QStringLiteral("playlistMenuPasteStateAction"));
     playlistMenu->addSeparator();
+    // The bulk operations of the active playlist, as the panel's list has
+    // them; the keyboard finds them by their operation.
+    static const std::tuple<const char *, const char *, PlaylistBulkOperation> kBulk[] = {
+        {"playlist.bulk.play_once", "Play List Once", PlaylistBulkOperation::PlayOnce},
+        {"playlist.bulk.repeat_all", "Repeat All", PlaylistBulkOperation::RepeatAll},
+        {"playlist.bulk.shuffle", "Shuffle", PlaylistBulkOperation::Shuffle},
+        {"playlist.bulk.bgm_mode", "Set BGM Mode", PlaylistBulkOperation::BgmMode},
+        {"playlist.bulk.standard_mode", "Clear BGM Mode", PlaylistBulkOperation::StandardMode},
+        {"playlist.bulk.clear", "Clear Playlist", PlaylistBulkOperation::Clear},
+        {"playlist.bulk.delete", "Delete Playlist", PlaylistBulkOperation::Delete},
+        {"playlist.bulk.undo", "Undo", PlaylistBulkOperation::Undo},
+    };
+    for (const auto &[key, fallback, operation] : kBulk) {
+        QAction *action = playlistMenu->addAction(text(key, fallback));
+        action->setData(int(operation));
+        action->setProperty("playlistBulkOperation", int(operation));
+        QObject::connect(action, &QAction::triggered, q,
+                         [this, operation] { emit q->bulkOperationRequested(operation); });
+    }
+    playlistMenu->addSeparator();
     menuMapAction = playlistMenu->addAction(text("playlist.menu.map", "Map"));
     menuMapAction->setObjectName(QStringLiteral("playlistMenuMapAction"));
     QAction *newPlaylist = playlistMenu->addAction(text("playlist.menu.new_playlist", "New Playlist"));
@@ -85,6 +105,15 @@ void PlaylistPanel::Impl::refreshPlaylistMenu()
     menuCopyStateAction->setEnabled(exists && !pending);
     menuPasteStateAction->setEnabled(exists && !pending && held && !model->isLocked(selected));
     menuMapAction->setEnabled(exists);
+    for (QAction *action : playlistMenu->actions()) {
+        const QVariant operation = action->property("playlistBulkOperation");
+        if (!operation.isValid())
+            continue;
+        const auto bulk = PlaylistBulkOperation(operation.toInt());
+        action->setEnabled(bulk == PlaylistBulkOperation::Undo     ? model && model->isBulkUndoAvailable()
+                           : bulk == PlaylistBulkOperation::Delete ? model && model->playlistNumbers().size() > 1
+                                                                   : true);
+    }
 }
 
 void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPosition)

@@ -156,6 +156,13 @@ void PlaylistPanel::setEditActivation(EditActivation mode)
     d->retranslate();
 }
 
+void PlaylistPanel::setShortcutHints(const QString &takeKeys, const QString &editKeys)
+{
+    d->takeKeys = takeKeys;
+    d->editKeys = editKeys;
+    d->retranslate();
+}
+
 void PlaylistPanel::setTimeZone(const QString &zoneId)
 {
     d->setTimeZoneFromName(zoneId);
@@ -586,6 +593,9 @@ void PlaylistPanel::Impl::refreshItemStatus()
 
 void PlaylistPanel::Impl::retranslate()
 {
+    auto withKeys = [](QString tip, const QString &keys) {
+        return keys.isEmpty() ? tip : tip + QStringLiteral(" (%1)").arg(keys);
+    };
     addTabButton->setToolTip(text("playlist.add_tab.tooltip", "Add a new playlist"));
     nameEdit->setPlaceholderText(text("playlist.name.placeholder", "Enter playlist name"));
     listViewButton->setToolTip(text("playlist.view.list.tooltip", "List view"));
@@ -601,9 +611,11 @@ void PlaylistPanel::Impl::retranslate()
                           "List view. Click an item to select it; EDIT loads it into the EDIT player.")
                    : text("playlist.list.description", "List view. Click an item to select it and load it into EDIT."));
     editButton->setText(text("playlist.button.edit", "EDIT"));
-    editButton->setToolTip(byButton ? text("playlist.button.edit.tooltip_button", "Load the selected item into EDIT")
-                                    : text("playlist.button.edit.tooltip_selection",
-                                           "The selected item is loaded into EDIT when it is selected"));
+    editButton->setToolTip(withKeys(byButton ? text("playlist.button.edit.tooltip_button",
+                                                    "Load the selected item into EDIT")
+                                             : text("playlist.button.edit.tooltip_selection",
+                                                    "The selected item is loaded into EDIT when it is selected"),
+                                    editKeys));
     addButton->setText(text("playlist.button.add", "ADD FILES"));
     addButton->setToolTip(text("playlist.button.add.tooltip", "Add media files to this playlist"));
     deleteButton->setText(text("playlist.button.delete", "DEL"));
@@ -611,8 +623,9 @@ void PlaylistPanel::Impl::retranslate()
                                   "Remove the selected item from the playlist (the source file will not be deleted)"));
     moveUpButton->setToolTip(text("playlist.button.move_up.tooltip", "Move the selected item up"));
     moveDownButton->setToolTip(text("playlist.button.move_down.tooltip", "Move the selected item down"));
-    onAirButton->setToolTip(text("playlist.button.on_air.tooltip",
-                                 "Take the selected item ON AIR; while ON AIR, go OFF AIR"));
+    onAirButton->setToolTip(withKeys(text("playlist.button.on_air.tooltip",
+                                          "Take the selected item ON AIR; while ON AIR, go OFF AIR"),
+                                     takeKeys));
     crossfadeCheckBox->setText(text("playlist.crossfade", "CROSSFADE"));
     crossfadeCheckBox->setToolTip(text("playlist.crossfade.tooltip",
                                        "Crossfade video using the selected duration when taking the item on air"));

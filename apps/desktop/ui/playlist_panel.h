@@ -80,6 +80,9 @@ public:
     bool copySelectedState();
     bool pasteSelectedState();
 
+    // The keys that take ON AIR and load EDIT, for the buttons' tooltips.
+    void setShortcutHints(const QString &takeKeys, const QString &editKeys);
+
     // Opens the map of where playback goes from the item.
     void showMap(quint64 itemId);
 

@@ -110,6 +110,8 @@ struct PlaylistPanel::Impl {
     QTimeZone timeZone;
     bool timeZoneValid = false;
     EditActivation editActivation = EditActivation::Selection;
+    QString takeKeys;
+    QString editKeys;
 
     quint64 selected = 0;
     // Set while the panel itself moves the view's current row, so that the
