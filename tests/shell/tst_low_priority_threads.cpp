@@ -83,6 +83,10 @@ class TestLowPriorityThreads : public QObject
 {
     Q_OBJECT
 
+    // Ten steps down, as far as the scheduler goes (a suite run under nice
+    // starts nearer the bottom).
+    static int lowered(int ordinary) { return std::min(ordinary + 10, 19); }
+
 private slots:
     void initTestCase() { gst_init(nullptr, nullptr); }
 
@@ -97,12 +101,12 @@ private slots:
         SeenNiceness seen;
         bool ended = false;
         std::thread worker([&] {
-            lowerThisThreadsPriority(ordinary + 10);
+            lowerThisThreadsPriority(lowered(ordinary));
             ended = playToEnd(thisThreadsNiceness(), &seen);
         });
         worker.join();
         QVERIFY(ended);
-        QCOMPARE(seen.taken(), QSet<int>{ordinary + 10});
+        QCOMPARE(seen.taken(), QSet<int>{lowered(ordinary)});
 
         for (int round = 0; round < 3; ++round) {
             QVERIFY(playToEnd(0, &seen));
@@ -118,7 +122,7 @@ private slots:
         SeenNiceness seen;
         bool found = false;
         std::thread worker([&] {
-            lowerThisThreadsPriority(ordinary + 10);
+            lowerThisThreadsPriority(lowered(ordinary));
             GstDiscoverer *discoverer = gst_discoverer_new(5 * GST_SECOND, nullptr);
             runDiscovererThreadsAtNiceness(discoverer, thisThreadsNiceness());
             g_signal_connect(discoverer, "source-setup", G_CALLBACK(onSource), &seen);
@@ -132,7 +136,7 @@ private slots:
         });
         worker.join();
         QVERIFY(found);
-        QCOMPARE(seen.taken(), QSet<int>{ordinary + 10});
+        QCOMPARE(seen.taken(), QSet<int>{lowered(ordinary)});
     }
 };
 
