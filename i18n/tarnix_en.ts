@@ -759,5 +759,81 @@ Ctrl+Click: Select and prepare only</source>
 Click a tile: ON AIR
 Ctrl+Click: Select and prepare only</translation>
     </message>
+    <message id="audio_fader.master_name">
+        <source>ON AIR master volume</source>
+        <translation>ON AIR master volume</translation>
+    </message>
+    <message id="audio_fader.master_description">
+        <source>ON AIR master volume: %1 dB</source>
+        <translation>ON AIR master volume: %1 dB</translation>
+    </message>
+    <message id="audio_fader.master_tooltip">
+        <source>ON AIR master volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>ON AIR master volume: %1 dB
+Double-click to reset to 0 dB</translation>
+    </message>
+    <message id="audio_fader.item_name">
+        <source>ON AIR item volume</source>
+        <translation>ON AIR item volume</translation>
+    </message>
+    <message id="audio_fader.item_description">
+        <source>ON AIR item volume: %1 dB</source>
+        <translation>ON AIR item volume: %1 dB</translation>
+    </message>
+    <message id="audio_fader.item_tooltip">
+        <source>ON AIR item volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>ON AIR item volume: %1 dB
+Double-click to reset to 0 dB</translation>
+    </message>
+    <message id="audio_fader.nominal_name">
+        <source>Nominal volume</source>
+        <translation>Nominal volume</translation>
+    </message>
+    <message id="audio_fader.nominal_description">
+        <source>Nominal volume of the item: %1 dB</source>
+        <translation>Nominal volume of the item: %1 dB</translation>
+    </message>
+    <message id="audio_fader.nominal_tooltip">
+        <source>Nominal volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>Nominal volume: %1 dB
+Double-click to reset to 0 dB</translation>
+    </message>
+    <message id="equalizer.band_name">
+        <source>EQ %1</source>
+        <translation>EQ %1</translation>
+    </message>
+    <message id="equalizer.band_tooltip">
+        <source>EQ %1: %2
+Drag up or down to adjust</source>
+        <translation>EQ %1: %2
+Drag up or down to adjust</translation>
+    </message>
+    <message id="master_eq.title">
+        <source>Master EQ</source>
+        <translation>Master EQ</translation>
+    </message>
+    <message id="master_eq.reset">
+        <source>Reset to flat</source>
+        <translation>Reset to flat</translation>
+    </message>
+    <message id="audio_delay.frames">
+        <source>%1 frames</source>
+        <translation>%1 frames</translation>
+    </message>
+    <message id="audio_delay.tooltip">
+        <source>Delays the sound to meet a late picture. One frame is 1/30 s.</source>
+        <translation>Delays the sound to meet a late picture. One frame is 1/30 s.</translation>
+    </message>
+    <message id="audio_delay.decrease">
+        <source>Less audio delay</source>
+        <translation>Less audio delay</translation>
+    </message>
+    <message id="audio_delay.increase">
+        <source>More audio delay</source>
+        <translation>More audio delay</translation>
+    </message>
 </context>
 </TS>

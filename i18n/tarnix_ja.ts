@@ -759,5 +759,81 @@ Ctrl+Click: Select and prepare only</source>
 タイルをクリック: ON AIR
 Ctrl+クリック: 選択と準備のみ</translation>
     </message>
+    <message id="audio_fader.master_name">
+        <source>ON AIR master volume</source>
+        <translation>ON AIR マスター音量</translation>
+    </message>
+    <message id="audio_fader.master_description">
+        <source>ON AIR master volume: %1 dB</source>
+        <translation>ON AIR マスター音量: %1 dB</translation>
+    </message>
+    <message id="audio_fader.master_tooltip">
+        <source>ON AIR master volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>ON AIR マスター音量: %1 dB
+ダブルクリックで 0 dB に戻します</translation>
+    </message>
+    <message id="audio_fader.item_name">
+        <source>ON AIR item volume</source>
+        <translation>ON AIR アイテム音量</translation>
+    </message>
+    <message id="audio_fader.item_description">
+        <source>ON AIR item volume: %1 dB</source>
+        <translation>ON AIR アイテム音量: %1 dB</translation>
+    </message>
+    <message id="audio_fader.item_tooltip">
+        <source>ON AIR item volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>ON AIR アイテム音量: %1 dB
+ダブルクリックで 0 dB に戻します</translation>
+    </message>
+    <message id="audio_fader.nominal_name">
+        <source>Nominal volume</source>
+        <translation>基準音量</translation>
+    </message>
+    <message id="audio_fader.nominal_description">
+        <source>Nominal volume of the item: %1 dB</source>
+        <translation>アイテムの基準音量: %1 dB</translation>
+    </message>
+    <message id="audio_fader.nominal_tooltip">
+        <source>Nominal volume: %1 dB
+Double-click to reset to 0 dB</source>
+        <translation>基準音量: %1 dB
+ダブルクリックで 0 dB に戻します</translation>
+    </message>
+    <message id="equalizer.band_name">
+        <source>EQ %1</source>
+        <translation>イコライザー %1</translation>
+    </message>
+    <message id="equalizer.band_tooltip">
+        <source>EQ %1: %2
+Drag up or down to adjust</source>
+        <translation>イコライザー %1: %2
+上下にドラッグして調整します</translation>
+    </message>
+    <message id="master_eq.title">
+        <source>Master EQ</source>
+        <translation>マスターEQ</translation>
+    </message>
+    <message id="master_eq.reset">
+        <source>Reset to flat</source>
+        <translation>フラットに戻す</translation>
+    </message>
+    <message id="audio_delay.frames">
+        <source>%1 frames</source>
+        <translation>%1 フレーム</translation>
+    </message>
+    <message id="audio_delay.tooltip">
+        <source>Delays the sound to meet a late picture. One frame is 1/30 s.</source>
+        <translation>遅れて届く映像に合わせて音声を遅らせます。1 フレームは 1/30 秒です。</translation>
+    </message>
+    <message id="audio_delay.decrease">
+        <source>Less audio delay</source>
+        <translation>音声の遅延を減らす</translation>
+    </message>
+    <message id="audio_delay.increase">
+        <source>More audio delay</source>
+        <translation>音声の遅延を増やす</translation>
+    </message>
 </context>
 </TS>
