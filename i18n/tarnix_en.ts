@@ -835,5 +835,205 @@ Drag up or down to adjust</translation>
         <source>More audio delay</source>
         <translation>More audio delay</translation>
     </message>
+    <message id="common.live">
+        <source>LIVE</source>
+        <translation>LIVE</translation>
+    </message>
+    <message id="program.audio.item">
+        <source>ITEM</source>
+        <translation>ITEM</translation>
+    </message>
+    <message id="program.audio.master">
+        <source>MASTER</source>
+        <translation>MASTER</translation>
+    </message>
+    <message id="program.background.black">
+        <source>Black</source>
+        <translation>Black</translation>
+    </message>
+    <message id="program.background.blue">
+        <source>Blue</source>
+        <translation>Blue</translation>
+    </message>
+    <message id="program.background.green">
+        <source>Green</source>
+        <translation>Green</translation>
+    </message>
+    <message id="program.background.grey">
+        <source>Grey</source>
+        <translation>Grey</translation>
+    </message>
+    <message id="program.background.white">
+        <source>White</source>
+        <translation>White</translation>
+    </message>
+    <message id="program.background.title">
+        <source>BG</source>
+        <translation>BG</translation>
+    </message>
+    <message id="program.background.tooltip">
+        <source>Colour behind the program picture</source>
+        <translation>Colour behind the program picture</translation>
+    </message>
+    <message id="program.dsk">
+        <source>DSK</source>
+        <translation>DSK</translation>
+    </message>
+    <message id="program.dsk.inactive_accessible">
+        <source>DSK is inactive; select a playlist item</source>
+        <translation>DSK is inactive; select a playlist item</translation>
+    </message>
+    <message id="program.dsk.pause">
+        <source>DSK PAUSE</source>
+        <translation>DSK PAUSE</translation>
+    </message>
+    <message id="program.dsk.play">
+        <source>DSK PLAY</source>
+        <translation>DSK PLAY</translation>
+    </message>
+    <message id="program.dsk.select_tooltip">
+        <source>Select a playlist item to send to DSK</source>
+        <translation>Select a playlist item to send to DSK</translation>
+    </message>
+    <message id="program.end_mode.accessible">
+        <source>ON AIR end mode: %1</source>
+        <translation>ON AIR end mode: %1</translation>
+    </message>
+    <message id="program.end_mode.title">
+        <source>END MODE</source>
+        <translation>END MODE</translation>
+    </message>
+    <message id="program.eq.adjusted">
+        <source>Master EQ: adjusted</source>
+        <translation>Master EQ: adjusted</translation>
+    </message>
+    <message id="program.eq.flat">
+        <source>Master EQ: flat (all bands 0 dB)</source>
+        <translation>Master EQ: flat (all bands 0 dB)</translation>
+    </message>
+    <message id="program.eq.item">
+        <source>ITEM EQ</source>
+        <translation>ITEM EQ</translation>
+    </message>
+    <message id="program.eq.item_window">
+        <source>ON AIR item EQ</source>
+        <translation>ON AIR item EQ</translation>
+    </message>
+    <message id="program.eq.master">
+        <source>MASTER EQ</source>
+        <translation>MASTER EQ</translation>
+    </message>
+    <message id="program.fade.duration_tooltip">
+        <source>Fade duration in seconds</source>
+        <translation>Fade duration in seconds</translation>
+    </message>
+    <message id="program.fade.item_in">
+        <source>ITEM FADE IN</source>
+        <translation>ITEM FADE IN</translation>
+    </message>
+    <message id="program.fade.item_out">
+        <source>ITEM FADE OUT</source>
+        <translation>ITEM FADE OUT</translation>
+    </message>
+    <message id="program.fade.master_in">
+        <source>MASTER FADE IN</source>
+        <translation>MASTER FADE IN</translation>
+    </message>
+    <message id="program.fade.master_out">
+        <source>MASTER FADE OUT</source>
+        <translation>MASTER FADE OUT</translation>
+    </message>
+    <message id="program.file.current_accessible">
+        <source>Current on-air file: %1</source>
+        <translation>Current on-air file: %1</translation>
+    </message>
+    <message id="program.file.none">
+        <source>No file selected</source>
+        <translation>No file selected</translation>
+    </message>
+    <message id="program.file.none_accessible">
+        <source>Current on-air file: none</source>
+        <translation>Current on-air file: none</translation>
+    </message>
+    <message id="program.ftb">
+        <source>FTB</source>
+        <translation>FTB</translation>
+    </message>
+    <message id="program.ftb.tooltip">
+        <source>Fade the program to black, and back</source>
+        <translation>Fade the program to black, and back</translation>
+    </message>
+    <message id="program.mute">
+        <source>MUTE</source>
+        <translation>MUTE</translation>
+    </message>
+    <message id="program.mute.tooltip">
+        <source>Mute the program output</source>
+        <translation>Mute the program output</translation>
+    </message>
+    <message id="program.off_air">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="program.pause">
+        <source>PAUSE</source>
+        <translation>PAUSE</translation>
+    </message>
+    <message id="program.pause.shortcut_tooltip">
+        <source>Pause ON AIR (%1: Play/Pause)</source>
+        <translation>Pause ON AIR (%1: Play/Pause)</translation>
+    </message>
+    <message id="program.pause.tooltip">
+        <source>Pause the ON AIR item</source>
+        <translation>Pause the ON AIR item</translation>
+    </message>
+    <message id="program.play">
+        <source>PLAY</source>
+        <translation>PLAY</translation>
+    </message>
+    <message id="program.play.shortcut_tooltip">
+        <source>Play ON AIR (%1: Play/Pause)</source>
+        <translation>Play ON AIR (%1: Play/Pause)</translation>
+    </message>
+    <message id="program.play.tooltip">
+        <source>Play the ON AIR item</source>
+        <translation>Play the ON AIR item</translation>
+    </message>
+    <message id="program.playback_rate.button.accessible">
+        <source>Set ON AIR playback speed to %1x</source>
+        <translation>Set ON AIR playback speed to %1x</translation>
+    </message>
+    <message id="program.playback_rate.title">
+        <source>SPEED</source>
+        <translation>SPEED</translation>
+    </message>
+    <message id="program.remaining.accessible">
+        <source>ON AIR remaining time: %1</source>
+        <translation>ON AIR remaining time: %1</translation>
+    </message>
+    <message id="program.remaining.title">
+        <source>REMAIN TIMER</source>
+        <translation>REMAIN TIMER</translation>
+    </message>
+    <message id="program.remaining.total_accessible">
+        <source>ON AIR Total remaining time: %1</source>
+        <translation>ON AIR Total remaining time: %1</translation>
+    </message>
+    <message id="program.remaining.total_mode">
+        <source>Total</source>
+        <translation>Total</translation>
+    </message>
+    <message id="program.remaining.total_mode.tooltip">
+        <source>Show the remaining time to the Map Total arrival point</source>
+        <translation>Show the remaining time to the Map Total arrival point</translation>
+    </message>
+    <message id="program.remaining.unknown">
+        <source>UNLIMITED</source>
+        <translation>UNLIMITED</translation>
+    </message>
+    <message id="program.section.title">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
 </context>
 </TS>

@@ -835,5 +835,205 @@ Drag up or down to adjust</source>
         <source>More audio delay</source>
         <translation>音声の遅延を増やす</translation>
     </message>
+    <message id="common.live">
+        <source>LIVE</source>
+        <translation>ライブ</translation>
+    </message>
+    <message id="program.audio.item">
+        <source>ITEM</source>
+        <translation>アイテム</translation>
+    </message>
+    <message id="program.audio.master">
+        <source>MASTER</source>
+        <translation>マスター</translation>
+    </message>
+    <message id="program.background.black">
+        <source>Black</source>
+        <translation>黒</translation>
+    </message>
+    <message id="program.background.blue">
+        <source>Blue</source>
+        <translation>青</translation>
+    </message>
+    <message id="program.background.green">
+        <source>Green</source>
+        <translation>緑</translation>
+    </message>
+    <message id="program.background.grey">
+        <source>Grey</source>
+        <translation>グレー</translation>
+    </message>
+    <message id="program.background.white">
+        <source>White</source>
+        <translation>白</translation>
+    </message>
+    <message id="program.background.title">
+        <source>BG</source>
+        <translation>背景</translation>
+    </message>
+    <message id="program.background.tooltip">
+        <source>Colour behind the program picture</source>
+        <translation>番組映像の背景色</translation>
+    </message>
+    <message id="program.dsk">
+        <source>DSK</source>
+        <translation>DSK表示</translation>
+    </message>
+    <message id="program.dsk.inactive_accessible">
+        <source>DSK is inactive; select a playlist item</source>
+        <translation>DSKは無効です。プレイリストの項目を選択してください</translation>
+    </message>
+    <message id="program.dsk.pause">
+        <source>DSK PAUSE</source>
+        <translation>DSK一時停止</translation>
+    </message>
+    <message id="program.dsk.play">
+        <source>DSK PLAY</source>
+        <translation>DSK再生</translation>
+    </message>
+    <message id="program.dsk.select_tooltip">
+        <source>Select a playlist item to send to DSK</source>
+        <translation>DSKに送るプレイリスト項目を選択してください</translation>
+    </message>
+    <message id="program.end_mode.accessible">
+        <source>ON AIR end mode: %1</source>
+        <translation>ON AIRの終了モード: %1</translation>
+    </message>
+    <message id="program.end_mode.title">
+        <source>END MODE</source>
+        <translation>終了モード</translation>
+    </message>
+    <message id="program.eq.adjusted">
+        <source>Master EQ: adjusted</source>
+        <translation>マスターEQ: 調整済み</translation>
+    </message>
+    <message id="program.eq.flat">
+        <source>Master EQ: flat (all bands 0 dB)</source>
+        <translation>マスターEQ: フラット（全帯域 0 dB）</translation>
+    </message>
+    <message id="program.eq.item">
+        <source>ITEM EQ</source>
+        <translation>アイテムEQ</translation>
+    </message>
+    <message id="program.eq.item_window">
+        <source>ON AIR item EQ</source>
+        <translation>ON AIRアイテムのEQ</translation>
+    </message>
+    <message id="program.eq.master">
+        <source>MASTER EQ</source>
+        <translation>マスターEQ</translation>
+    </message>
+    <message id="program.fade.duration_tooltip">
+        <source>Fade duration in seconds</source>
+        <translation>フェードの長さ（秒）</translation>
+    </message>
+    <message id="program.fade.item_in">
+        <source>ITEM FADE IN</source>
+        <translation>アイテム フェードイン</translation>
+    </message>
+    <message id="program.fade.item_out">
+        <source>ITEM FADE OUT</source>
+        <translation>アイテム フェードアウト</translation>
+    </message>
+    <message id="program.fade.master_in">
+        <source>MASTER FADE IN</source>
+        <translation>マスター フェードイン</translation>
+    </message>
+    <message id="program.fade.master_out">
+        <source>MASTER FADE OUT</source>
+        <translation>マスター フェードアウト</translation>
+    </message>
+    <message id="program.file.current_accessible">
+        <source>Current on-air file: %1</source>
+        <translation>現在のON AIRファイル: %1</translation>
+    </message>
+    <message id="program.file.none">
+        <source>No file selected</source>
+        <translation>ファイルが選択されていません</translation>
+    </message>
+    <message id="program.file.none_accessible">
+        <source>Current on-air file: none</source>
+        <translation>現在のON AIRファイル: なし</translation>
+    </message>
+    <message id="program.ftb">
+        <source>FTB</source>
+        <translation>黒フェード</translation>
+    </message>
+    <message id="program.ftb.tooltip">
+        <source>Fade the program to black, and back</source>
+        <translation>番組映像を黒へフェードし、また戻します</translation>
+    </message>
+    <message id="program.mute">
+        <source>MUTE</source>
+        <translation>ミュート</translation>
+    </message>
+    <message id="program.mute.tooltip">
+        <source>Mute the program output</source>
+        <translation>番組出力をミュートします</translation>
+    </message>
+    <message id="program.off_air">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="program.pause">
+        <source>PAUSE</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="program.pause.shortcut_tooltip">
+        <source>Pause ON AIR (%1: Play/Pause)</source>
+        <translation>ON AIRを一時停止（%1: 再生/一時停止）</translation>
+    </message>
+    <message id="program.pause.tooltip">
+        <source>Pause the ON AIR item</source>
+        <translation>ON AIRの項目を一時停止します</translation>
+    </message>
+    <message id="program.play">
+        <source>PLAY</source>
+        <translation>再生</translation>
+    </message>
+    <message id="program.play.shortcut_tooltip">
+        <source>Play ON AIR (%1: Play/Pause)</source>
+        <translation>ON AIRを再生（%1: 再生/一時停止）</translation>
+    </message>
+    <message id="program.play.tooltip">
+        <source>Play the ON AIR item</source>
+        <translation>ON AIRの項目を再生します</translation>
+    </message>
+    <message id="program.playback_rate.button.accessible">
+        <source>Set ON AIR playback speed to %1x</source>
+        <translation>ON AIRの再生速度を %1 倍にします</translation>
+    </message>
+    <message id="program.playback_rate.title">
+        <source>SPEED</source>
+        <translation>再生速度</translation>
+    </message>
+    <message id="program.remaining.accessible">
+        <source>ON AIR remaining time: %1</source>
+        <translation>ON AIRの残り時間: %1</translation>
+    </message>
+    <message id="program.remaining.title">
+        <source>REMAIN TIMER</source>
+        <translation>残り時間</translation>
+    </message>
+    <message id="program.remaining.total_accessible">
+        <source>ON AIR Total remaining time: %1</source>
+        <translation>ON AIRの合計残り時間: %1</translation>
+    </message>
+    <message id="program.remaining.total_mode">
+        <source>Total</source>
+        <translation>合計</translation>
+    </message>
+    <message id="program.remaining.total_mode.tooltip">
+        <source>Show the remaining time to the Map Total arrival point</source>
+        <translation>マップの合計の到着点までの残り時間を表示します</translation>
+    </message>
+    <message id="program.remaining.unknown">
+        <source>UNLIMITED</source>
+        <translation>無制限</translation>
+    </message>
+    <message id="program.section.title">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
 </context>
 </TS>

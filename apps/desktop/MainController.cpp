@@ -22,6 +22,7 @@
 #include "ui/controller_shortcuts.h"
 #include "ui/controller_volume_input.h"
 #include "ui/playlist_panel.h"
+#include "ui/program_panel.h"
 
 #include <QColor>
 #include <QCoreApplication>
@@ -117,6 +118,7 @@ void MainController::Impl::createSelection()
                                         userInfoCenter.get(), controllerWindow);
         playlistPanel = panel;
         selection = panel->selection();
+        programPanel = new ProgramPanel(model.get(), operations.get(), controllerWindow);
         return;
     }
     headlessSelection = std::make_unique<SelectionHolder>(model.get(), operations.get());
@@ -146,8 +148,14 @@ void MainController::Impl::createProgramSide()
         }
         layout->addWidget(player.get());
     }
-    if (QWidget *monitor = player->findChild<QWidget *>(QStringLiteral("monitor-gpu-output")))
-        monitor->hide();
+    // The operator's monitor picture belongs in the program panel, not on
+    // air; without a panel it stays hidden.
+    if (QWidget *monitor = player->findChild<QWidget *>(QStringLiteral("monitor-gpu-output"))) {
+        if (programPanel)
+            programPanel->setMonitor(monitor);
+        else
+            monitor->hide();
+    }
     programPlayerAvailable = player->isInitialized();
     if (!programPlayerAvailable)
         programPlayerError = player->initializationError();
@@ -157,6 +165,8 @@ void MainController::Impl::createProgramSide()
         userInfoCenter.get(), operations.get(), &controlState);
     if (playlistPanel)
         programPlayout->setPlaylistPanel(playlistPanel->programView());
+    if (programPanel)
+        programPlayout->setProgramPanel(programPanel->view());
 }
 
 // Keys reach the operations once every owner has bound its operations and
@@ -165,7 +175,7 @@ void MainController::Impl::createKeyboard()
 {
     if (!controllerWindow)
         return;
-    shortcuts = std::make_unique<ControllerShortcuts>(controllerWindow, playlistPanel, operations.get(),
+    shortcuts = std::make_unique<ControllerShortcuts>(controllerWindow, playlistPanel, programPanel, operations.get(),
                                                       readJsonSetting(QStringLiteral("shortcuts/bindings")).toObject());
     volumeInput = std::make_unique<ControllerVolumeInput>(controllerWindow, operations.get());
 }
@@ -184,6 +194,24 @@ void MainController::Impl::pushSettings()
     if (dualDeckPlayer && dualDeckPlayer->compositor() && background.isValid())
         dualDeckPlayer->compositor()->setBackground(background.rgb());
 
+    if (programPanel) {
+        programPanel->setPlaybackRateControlsShown(readBoolSetting(QStringLiteral("onAir/showPlaybackRateControls")));
+        programPanel->setBgmControlsShown(readBoolSetting(QStringLiteral("audio/showBgmPlayerControls")));
+        programPanel->setFtbButtonDisabled(readBoolSetting(QStringLiteral("onAir/disableFtbButton")));
+        programPanel->setRemainingTotalMode(readBoolSetting(QStringLiteral("time/remainingTotal")));
+        programPanel->setBackgroundColor(background.isValid() ? background : QColor(Qt::black));
+        QObject::connect(programPanel, &ProgramPanel::backgroundColorChosen, widgetContext.get(),
+                         [this](const QColor &colour) {
+                             if (dualDeckPlayer && dualDeckPlayer->compositor())
+                                 dualDeckPlayer->compositor()->setBackground(colour.rgb());
+                             writeSettingInBackground(QStringLiteral("player/backgroundColor"), colour.name());
+                         });
+        QObject::connect(programPanel, &ProgramPanel::remainingTotalModeChanged, widgetContext.get(),
+                         [this](bool total) {
+                             writeSettingInBackground(QStringLiteral("time/remainingTotal"),
+                                                      total ? QStringLiteral("true") : QStringLiteral("false"));
+                         });
+    }
     if (playlistPanel) {
         playlistPanel->setEditActivation(readIntSetting(QStringLiteral("playlist/editActivationMode")) == 1
                                              ? PlaylistPanel::EditActivation::Button
@@ -287,6 +315,7 @@ void MainController::shutdown()
     d->backgroundIoQueue.reset();
     d->selection = nullptr;
     delete d->playlistPanel.data();
+    delete d->programPanel.data();
     d->headlessSelection.reset();
     d->itemOperations.reset();
     d->thumbnails.reset();

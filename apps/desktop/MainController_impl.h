@@ -34,6 +34,7 @@ class MediaImportQueue;
 class MediaThumbnailer;
 class PlaylistItemOperations;
 class PlaylistPanel;
+class ProgramPanel;
 class PlaylistThumbnailStore;
 class SelectionHolder;
 class UserInfoBar;
@@ -68,6 +69,8 @@ struct MainController::Impl {
     // Belongs to the controller window; removed at shutdown before the
     // document it shows.
     QPointer<PlaylistPanel> playlistPanel;
+    // The ON AIR side of the controller window; belongs to the window.
+    QPointer<ProgramPanel> programPanel;
     // Files on their way to ready items.
     std::unique_ptr<MediaImportQueue> mediaImports;
     // Item pictures, made on a pool of their own when a view first asks.

@@ -13,6 +13,7 @@
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_bar.h"
 #include "ui/playlist_panel.h"
+#include "ui/program_panel.h"
 
 #include <QAction>
 #include <QDateTime>
@@ -151,11 +152,17 @@ void MainController::Impl::buildControllerWindow()
     editPanelPlace->hide();
     programPanelPlace = new QWidget(body);
     programPanelPlace->setObjectName(QStringLiteral("programPanelPlace"));
-    programPanelPlace->hide();
+    if (programPanel) {
+        auto *place = new QVBoxLayout(programPanelPlace);
+        place->setContentsMargins(0, 0, 0, 0);
+        place->addWidget(programPanel);
+    } else {
+        programPanelPlace->hide();
+    }
     right->addWidget(editPanelPlace, 1);
     right->addWidget(programPanelPlace, 1);
     // Empty places take no room until their panels arrive.
-    columns->addLayout(right, 0);
+    columns->addLayout(right, programPanel ? 5 : 0);
     columns->addWidget(woodTrim());
     layout->addWidget(body, 1);
     auto *info = new UserInfoBar(userInfoCenter.get(), window);

@@ -54,7 +54,7 @@ struct Window {
             });
         ops.bind<int>(Ops::AdjustItemVolume, &onAirSide, [this](int delta) { itemVolumeSteps << delta; });
         ops.bind<int>(Ops::AdjustMasterVolume, &onAirSide, [this](int delta) { masterVolumeSteps << delta; });
-        keys = std::make_unique<ControllerShortcuts>(&window, panel, &ops, QJsonObject());
+        keys = std::make_unique<ControllerShortcuts>(&window, panel, nullptr, &ops, QJsonObject());
         volume = std::make_unique<ControllerVolumeInput>(&window, &ops);
         window.resize(900, 700);
         window.show();

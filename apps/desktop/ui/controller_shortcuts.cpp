@@ -6,6 +6,7 @@
 #include "playlist/playlist_enums.h"
 #include "shell/log_categories.h"
 #include "ui/playlist_panel.h"
+#include "ui/program_panel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -41,6 +42,7 @@ constexpr FixedCommand kFixedCommands[] = {
 struct ControllerShortcuts::Impl {
     QPointer<QWidget> mainWindow;
     QPointer<PlaylistPanel> playlistPanel;
+    QPointer<ProgramPanel> programPanel;
     QPointer<ControllerOperations> operations;
     QHash<QString, std::function<bool()>> commands;
     QStringList names;
@@ -251,6 +253,8 @@ void ControllerShortcuts::Impl::attach()
     if (playlistPanel)
         playlistPanel->setShortcutHints(shortcuts::nativeText(keys.value(QStringLiteral("TakeOnAir"))),
                                         shortcuts::nativeText(keys.value(QStringLiteral("LoadEdit"))));
+    if (programPanel)
+        programPanel->setPlayPauseKeys(shortcuts::nativeText(keys.value(QStringLiteral("ToggleOnAirPlayback"))));
 }
 
 void ControllerShortcuts::Impl::setKeysEnabled(bool on)
@@ -265,11 +269,13 @@ void ControllerShortcuts::Impl::setKeysEnabled(bool on)
 }
 
 ControllerShortcuts::ControllerShortcuts(QWidget *mainWindow, PlaylistPanel *playlistPanel,
-                                         ControllerOperations *operations, const QJsonObject &stored, QObject *parent)
+                                         ProgramPanel *programPanel, ControllerOperations *operations,
+                                         const QJsonObject &stored, QObject *parent)
     : QObject(parent), d(std::make_unique<Impl>())
 {
     d->mainWindow = mainWindow;
     d->playlistPanel = playlistPanel;
+    d->programPanel = programPanel;
     d->operations = operations;
     d->buildCommands();
     if (!stored.isEmpty() && !shortcuts::validateBindings(stored).isEmpty())

@@ -13,6 +13,7 @@ namespace tarnix {
 
 class ControllerOperations;
 class PlaylistPanel;
+class ProgramPanel;
 
 // The keyboard's way into the operations: the 64 configurable shortcuts and
 // the fixed commands, each a named command that runs one operation. Keys
@@ -27,8 +28,8 @@ class ControllerShortcuts : public QObject
 public:
     // `stored` is the operator's bindings object; an invalid one gives the
     // defaults.
-    ControllerShortcuts(QWidget *mainWindow, PlaylistPanel *playlistPanel, ControllerOperations *operations,
-                        const QJsonObject &stored, QObject *parent = nullptr);
+    ControllerShortcuts(QWidget *mainWindow, PlaylistPanel *playlistPanel, ProgramPanel *programPanel,
+                        ControllerOperations *operations, const QJsonObject &stored, QObject *parent = nullptr);
     ~ControllerShortcuts() override;
 
     // Runs the command of that name (a shortcut or a fixed command) with

@@ -1,0 +1,37 @@
+#include "ui/remaining_time.h"
+
+#include <cmath>
+
+namespace tarnix::remaining_time {
+
+Shown compute(const Input &input)
+{
+    Shown shown;
+    if (input.live) {
+        shown.live = true;
+        return shown;
+    }
+    if (input.totalMode) {
+        if (!input.totalMs) {
+            shown.unknown = true;
+            return shown;
+        }
+        shown.ms = std::max<qint64>(0, *input.totalMs);
+    } else if (input.itemRemainingMs >= 0) {
+        const double rate = input.rate > 0.0 ? input.rate : 1.0;
+        shown.ms = std::max<qint64>(0, qint64(std::ceil(double(input.itemRemainingMs) / rate)));
+    }
+    shown.endingSoon = shown.ms && *shown.ms >= 1 && *shown.ms <= 5000;
+    return shown;
+}
+
+QString timeText(qint64 ms)
+{
+    const qint64 clamped = std::max<qint64>(0, ms);
+    const qint64 seconds = clamped / 1000;
+    auto two = [](qint64 value) { return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0')); };
+    return QStringLiteral("%1:%2:%3.%4")
+        .arg(two(seconds / 3600), two(seconds / 60 % 60), two(seconds % 60), two(clamped / 10 % 100));
+}
+
+} // namespace tarnix::remaining_time

@@ -1,0 +1,110 @@
+#include "control/controller_operations.h"
+#include "playlist/playlist_model.h"
+#include "playout/program_playout_panels.h"
+#include "ui/audio_fader_widget.h"
+#include "ui/program_panel.h"
+#include "ui/remaining_time.h"
+
+#include "kit/item_request.h"
+
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace tarnix;
+using Ops = ControllerOperations;
+
+class TestProgramPanel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void remainingTimeRules()
+    {
+        using namespace remaining_time;
+        // Rounded up to a whole millisecond at the item's speed.
+        QCOMPARE(compute({1001, 2.0}).ms, std::optional<qint64>(501));
+        QCOMPARE(compute({-5, 1.0}).ms, std::nullopt);
+        QCOMPARE(compute({0, 1.0}).ms, std::optional<qint64>(0));
+        // Ending soon: 1 to 5000 ms of a known time only.
+        QVERIFY(!compute({0, 1.0}).endingSoon);
+        QVERIFY(compute({1, 1.0}).endingSoon);
+        QVERIFY(compute({5000, 1.0}).endingSoon);
+        QVERIFY(!compute({5001, 1.0}).endingSoon);
+        QVERIFY(compute({9000, 2.0}).endingSoon);  // 4500 ms at double speed
+        Input live{3000, 1.0, true};
+        QVERIFY(compute(live).live && !compute(live).endingSoon);
+        Input total{3000, 1.0, false, true, std::nullopt};
+        QVERIFY(compute(total).unknown && !compute(total).endingSoon);
+        total.totalMs = -20;
+        QCOMPARE(compute(total).ms, std::optional<qint64>(0));
+        QCOMPARE(timeText(3723456), QStringLiteral("01:02:03.45"));
+    }
+
+    void showsWhatOnAirTells()
+    {
+        Ops ops;
+        PlaylistModel model;
+        ProgramPanel panel(&model, &ops);
+        ProgramPanelView *view = panel.view();
+        auto *file = panel.findChild<QLabel *>("onAirFileLabel");
+        auto *remaining = panel.findChild<QLabel *>("programRemainingTime");
+        QCOMPARE(file->text(), QStringLiteral("No file selected"));
+        QVERIFY(!panel.findChild<QPushButton *>("offAirButton")->isEnabled());
+
+        view->showOnAirFile(QStringLiteral("Opening"), QStringLiteral("/show/opening.mp4"));
+        view->showTransport(true, true);
+        view->showRate(2.0, true);
+        view->showTimes(1000, 20000, 19000, false);
+        QCOMPARE(remaining->text(), QStringLiteral("00:00:09.50"));
+        QCOMPARE(remaining->property("endingSoon").toBool(), false);
+        QVERIFY(panel.findChild<QPushButton *>("programPauseButton")->isEnabled());
+        QVERIFY(!panel.findChild<QPushButton *>("programPlayButton")->isEnabled());
+        view->showTimes(12000, 20000, 8000, false);
+        QCOMPARE(remaining->text(), QStringLiteral("00:00:04.00"));
+        QCOMPARE(remaining->property("endingSoon").toBool(), true);
+        view->showTimes(-1, -1, -1, true);
+        QCOMPARE(remaining->text(), QStringLiteral("LIVE"));
+        QCOMPARE(remaining->property("endingSoon").toBool(), false);
+        view->showOnAirFile(QString(), QString());
+        QCOMPARE(file->text(), QStringLiteral("No file selected"));
+    }
+
+    // The volume operations move the faders, which tell the program audio;
+    // a manual fade moves the fader it names over its time.
+    void volumesAndManualFades()
+    {
+        QTemporaryDir dir;
+        Ops ops;
+        PlaylistModel model;
+        ProgramPanel panel(&model, &ops);
+        ProgramPanelView *view = panel.view();
+        QSignalSpy master(view, &ProgramAudioPanel::masterVolumeChanged);
+        QCOMPARE(ops.invoke(Ops::SetMasterVolume, -60).status, Ops::Invoked);
+        QCOMPARE(master.size(), 1);
+        QVERIFY(qAbs(master.last().at(0).toDouble() - 0.501187) < 1e-5);
+        QCOMPARE(ops.invoke(Ops::AdjustMasterVolume, 10).status, Ops::Invoked);
+        QCOMPARE(panel.findChild<AudioFaderWidget *>("programMasterFader")->value(), -50);
+        QCOMPARE(ops.invoke(Ops::SetMasterVolume, 61).status, Ops::Rejected);
+        QCOMPARE(ops.invoke(Ops::ResetMasterVolume).status, Ops::Invoked);
+        QVERIFY(qFuzzyCompare(view->masterGain(), 1.0));
+
+        // Nothing on air: the item fades are refused.
+        QCOMPARE(ops.invoke(Ops::ItemFadeOut).status, Ops::Rejected);
+        const quint64 id = model.addItems({testkit::ItemRequest(testkit::touchFile(dir.filePath("a.mp4")))}).value(0);
+        QVERIFY(model.setOnAirItem(id));
+        panel.findChild<QDoubleSpinBox *>("programItemFadeOutDurationSpinBox")->setValue(0.1);
+        QCOMPARE(ops.invoke(Ops::ItemFadeOut).status, Ops::Invoked);
+        auto *button = panel.findChild<QPushButton *>("programItemFadeOutButton");
+        QCOMPARE(button->property("lit").toBool(), true);
+        QTRY_COMPARE_WITH_TIMEOUT(view->itemGain(), 0.0, 3000);
+        QTRY_COMPARE(button->property("lit").toBool(), false);
+        QCOMPARE(panel.findChild<AudioFaderWidget *>("programItemFader")->value(), -960);
+    }
+};
+
+QTEST_MAIN(TestProgramPanel)
+#include "tst_program_panel.moc"
