@@ -1035,5 +1035,13 @@ Drag up or down to adjust</translation>
         <source>ON AIR</source>
         <translation>ON AIR</translation>
     </message>
+    <message id="menu.view">
+        <source>View</source>
+        <translation>View</translation>
+    </message>
+    <message id="menu.view.next_output_display">
+        <source>Next Output Display</source>
+        <translation>Next Output Display</translation>
+    </message>
 </context>
 </TS>

@@ -1035,5 +1035,13 @@ Drag up or down to adjust</source>
         <source>ON AIR</source>
         <translation>ON AIR</translation>
     </message>
+    <message id="menu.view">
+        <source>View</source>
+        <translation>表示</translation>
+    </message>
+    <message id="menu.view.next_output_display">
+        <source>Next Output Display</source>
+        <translation>次の出力ディスプレイ</translation>
+    </message>
 </context>
 </TS>

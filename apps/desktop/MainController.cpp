@@ -23,6 +23,7 @@
 #include "ui/controller_volume_input.h"
 #include "ui/playlist_panel.h"
 #include "ui/program_panel.h"
+#include "ui/view_menu_controller.h"
 
 #include <QColor>
 #include <QCoreApplication>
@@ -275,6 +276,7 @@ void MainController::shutdown()
     d->controlSocket.reset();
     d->volumeInput.reset();
     d->shortcuts.reset();
+    d->viewMenu.reset();
     d->debugSnapshotTimer.stop();
     d->widgetContext.reset();
 

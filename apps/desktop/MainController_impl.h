@@ -35,6 +35,7 @@ class MediaThumbnailer;
 class PlaylistItemOperations;
 class PlaylistPanel;
 class ProgramPanel;
+class ViewMenuController;
 class PlaylistThumbnailStore;
 class SelectionHolder;
 class UserInfoBar;
@@ -110,6 +111,7 @@ struct MainController::Impl {
     QPointer<QMenuBar> menuBar;
     QPointer<QMenu> fileMenu;
     QPointer<QMenu> onAirMenu;
+    std::unique_ptr<ViewMenuController> viewMenu;
     QPointer<QWidget> programPanelPlace;
     QPointer<QWidget> editPanelPlace;
     QPointer<QMenu> helpMenu;

@@ -14,6 +14,7 @@
 #include "shell/user_info_bar.h"
 #include "ui/playlist_panel.h"
 #include "ui/program_panel.h"
+#include "ui/view_menu_controller.h"
 
 #include <QAction>
 #include <QDateTime>
@@ -125,7 +126,11 @@ void MainController::Impl::buildControllerWindow()
                 writeDebugSnapshot();
         });
 
-    // The playlist panel's menu follows On Air.
+    // View: where the program picture is shown.
+    viewMenu = std::make_unique<ViewMenuController>(programVideoWindow, operations.get());
+    bar->insertMenu(helpMenu->menuAction(), viewMenu->menu());
+
+    // The playlist panel's menu follows View.
     if (playlistPanel)
         bar->insertMenu(helpMenu->menuAction(), playlistPanel->playlistMenu());
 
@@ -199,6 +204,8 @@ void MainController::Impl::retranslateMenus()
         onAirMenu->setTitle(localized("menu.on_air"));
     if (helpMenu)
         helpMenu->setTitle(localized("menu.help"));
+    if (viewMenu)
+        viewMenu->retranslate();
     for (const OnAirEntry &entry : std::as_const(onAirEntries)) {
         if (entry.action)
             entry.action->setText(

@@ -6,6 +6,7 @@
 
 #include <QImage>
 #include <QProcess>
+#include <QRect>
 #include <QRegularExpression>
 #include <QString>
 #include <QtEndian>
@@ -39,6 +40,23 @@ inline QString mapState(const QString &title)
     if (!info.waitForFinished(10000))
         return {};
     return QRegularExpression("Map State: (\\w+)").match(QString::fromLocal8Bit(info.readAllStandardOutput())).captured(1);
+}
+
+// Where a top-level window is on the root window; null when it is missing.
+inline QRect windowGeometry(const QString &title)
+{
+    const QString id = topLevelWindowId(title);
+    if (id.isEmpty())
+        return {};
+    QProcess info;
+    info.start(QStringLiteral("xwininfo"), {"-id", id});
+    if (!info.waitForFinished(10000))
+        return {};
+    const QString text = QString::fromLocal8Bit(info.readAllStandardOutput());
+    auto number = [&text](const char *label) {
+        return QRegularExpression(QString::fromLatin1(label) + ":\\s+(-?\\d+)").match(text).captured(1).toInt();
+    };
+    return QRect(number("Absolute upper-left X"), number("Absolute upper-left Y"), number("Width"), number("Height"));
 }
 
 // Moves a top-level window (there is no window manager under the test's
