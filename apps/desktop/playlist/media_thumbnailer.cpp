@@ -2,6 +2,9 @@
 
 #include "shell/low_priority_threads.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "playlist/thumbnail_worker.h"
 
 #include <QRunnable>
@@ -47,6 +50,9 @@ quint64 MediaThumbnailer::request(quint64 itemId, const QString &path, PlaylistM
     pending->size = size;
     pending->preferAlbumArt = preferAlbumArt;
     m_pending.append(pending);
+    // Newest first: what was asked for last is what the operator looks at
+    // now; pictures of rows scrolled past wait until the pool is free.
+    const int newestFirst = int(std::min<quint64>(pending->requestId, quint64(std::numeric_limits<int>::max())));
     m_pool.start(QRunnable::create([this, pending, render = m_options.render, nice = m_options.workerNice] {
         lowerThisThreadsPriority(nice);
         MediaThumbnailResult result;
@@ -60,7 +66,7 @@ quint64 MediaThumbnailer::request(quint64 itemId, const QString &path, PlaylistM
         QMetaObject::invokeMethod(
             this, [this, pending, result = std::move(result)]() mutable { finish(pending, std::move(result)); },
             Qt::QueuedConnection);
-    }));
+    }), newestFirst);
     return pending->requestId;
 }
 
