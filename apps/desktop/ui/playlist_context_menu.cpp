@@ -8,6 +8,7 @@
 #include "playlist/playlist_model.h"
 #include "shell/localized_text.h"
 #include "ui/playlist_item_texts.h"
+#include "ui/playlist_context_menu.h"
 #include "ui/playlist_map_dialog.h"
 
 #include <QActionGroup>
@@ -116,8 +117,11 @@ void PlaylistPanel::Impl::refreshPlaylistMenu()
     }
 }
 
-void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPosition)
+PlaylistContextMenu::PlaylistContextMenu(PlaylistModel *model, PlaylistItemOperations *itemOperations, quint64 itemId,
+                                         Invoke invoke, QWidget *parent)
+    : QMenu(parent), m_itemId(itemId), m_invoke(std::move(invoke))
 {
+    setObjectName(QStringLiteral("playlistItemContextMenu"));
     if (!model)
         return;
     const std::optional<PlaylistItem> item = model->item(itemId);
@@ -126,10 +130,7 @@ void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPo
     const bool settable = !model->isLocked(itemId) && !model->isPending(itemId);
     const QVariant id = QVariant::fromValue(itemId);
 
-    QMenu menu(q);
-    menu.setObjectName(QStringLiteral("playlistItemContextMenu"));
-
-    QMenu *startMenu = menu.addMenu(text("playlist.menu.start_mode", "Start Mode"));
+    QMenu *startMenu = addMenu(text("playlist.menu.start_mode", "Start Mode"));
     startMenu->setObjectName(QStringLiteral("playlistItemStartModeMenu"));
     startMenu->setEnabled(settable);
     auto *startGroup = new QActionGroup(startMenu);
@@ -143,12 +144,12 @@ void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPo
         action->setCheckable(true);
         action->setChecked(int(item->settings.startMode) == entry.value);
         startGroup->addAction(action);
-        QObject::connect(action, &QAction::triggered, q, [this, id, value = entry.value] {
-            invoke(Ops::SetItemStartMode, {id, QVariant::fromValue(PlaylistStartMode(value))});
+        QObject::connect(action, &QAction::triggered, this, [this, id, value = entry.value] {
+            m_invoke(Ops::SetItemStartMode, {id, QVariant::fromValue(PlaylistStartMode(value))});
         });
     }
 
-    QMenu *endMenu = menu.addMenu(text("playlist.menu.end_mode", "End Mode"));
+    QMenu *endMenu = addMenu(text("playlist.menu.end_mode", "End Mode"));
     endMenu->setObjectName(QStringLiteral("playlistItemEndModeMenu"));
     endMenu->setEnabled(settable);
     auto *endGroup = new QActionGroup(endMenu);
@@ -168,8 +169,8 @@ void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPo
         // GOTO needs a target, which only EDIT sets; from here it is
         // refused like any request without one, and the menu shows the
         // mode the item still has.
-        QObject::connect(action, &QAction::triggered, q, [this, id, value = entry.value] {
-            invoke(Ops::SetItemEndMode, {id, QVariant::fromValue(PlaylistEndMode(value))});
+        QObject::connect(action, &QAction::triggered, this, [this, id, value = entry.value] {
+            m_invoke(Ops::SetItemEndMode, {id, QVariant::fromValue(PlaylistEndMode(value))});
         });
     }
 
@@ -189,31 +190,31 @@ void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPo
          Ops::SetItemEndCrossfadeEnabled},
     };
     for (const Toggle &toggle : toggles) {
-        QAction *action = menu.addAction(text(toggle.key, toggle.text));
+        QAction *action = addAction(text(toggle.key, toggle.text));
         action->setObjectName(QString::fromLatin1(toggle.objectName));
         action->setCheckable(true);
         action->setChecked(toggle.on);
         action->setEnabled(settable);
-        QObject::connect(action, &QAction::triggered, q, [this, id, operation = toggle.action](bool on) {
-            invoke(operation, {id, QVariant::fromValue(on)});
+        QObject::connect(action, &QAction::triggered, this, [this, id, operation = toggle.action](bool on) {
+            m_invoke(operation, {id, QVariant::fromValue(on)});
         });
     }
-    menu.addSeparator();
+    addSeparator();
 
-    QAction *copyState = menu.addAction(text("playlist.menu.copy_state", "Copy State"));
+    QAction *copyState = addAction(text("playlist.menu.copy_state", "Copy State"));
     copyState->setObjectName(QStringLiteral("playlistItemCopyStateAction"));
-    QObject::connect(copyState, &QAction::triggered, q, [this, id] { invoke(Ops::CopyItemState, {id}); });
-    QAction *pasteState = menu.addAction(text("playlist.menu.paste_state", "Paste State"));
+    QObject::connect(copyState, &QAction::triggered, this, [this, id] { m_invoke(Ops::CopyItemState, {id}); });
+    QAction *pasteState = addAction(text("playlist.menu.paste_state", "Paste State"));
     pasteState->setObjectName(QStringLiteral("playlistItemPasteStateAction"));
     pasteState->setEnabled(itemOperations && itemOperations->hasCopiedState() && !model->isLocked(itemId));
-    QObject::connect(pasteState, &QAction::triggered, q, [this, id] { invoke(Ops::PasteItemState, {id}); });
-    menu.addSeparator();
+    QObject::connect(pasteState, &QAction::triggered, this, [this, id] { m_invoke(Ops::PasteItemState, {id}); });
+    addSeparator();
 
-    QAction *rename = menu.addAction(text("playlist.menu.rename", "Rename Item"));
+    QAction *rename = addAction(text("playlist.menu.rename", "Rename Item"));
     rename->setObjectName(QStringLiteral("playlistItemRenameAction"));
-    QObject::connect(rename, &QAction::triggered, q, [this, itemId] { renameItem(itemId); });
+    QObject::connect(rename, &QAction::triggered, this, [this] { emit renameRequested(m_itemId); });
 
-    QMenu *colorMenu = menu.addMenu(text("playlist.menu.color", "Item Color"));
+    QMenu *colorMenu = addMenu(text("playlist.menu.color", "Item Color"));
     colorMenu->setObjectName(QStringLiteral("playlistItemColorMenu"));
     auto *colorGroup = new QActionGroup(colorMenu);
     static const ModeEntry kColors[] = {
@@ -231,23 +232,31 @@ void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPo
         action->setCheckable(true);
         action->setChecked(item->color == color);
         colorGroup->addAction(action);
-        QObject::connect(action, &QAction::triggered, q, [this, id, color] {
-            invoke(Ops::SetItemColor, {id, QVariant::fromValue(color)});
+        QObject::connect(action, &QAction::triggered, this, [this, id, color] {
+            m_invoke(Ops::SetItemColor, {id, QVariant::fromValue(color)});
         });
     }
 
-    QAction *separator = menu.addAction(text("playlist.menu.separator_below", "Separator Below"));
+    QAction *separator = addAction(text("playlist.menu.separator_below", "Separator Below"));
     separator->setObjectName(QStringLiteral("playlistItemSeparatorBelowAction"));
     separator->setCheckable(true);
     separator->setChecked(item->separatorBelow);
-    QObject::connect(separator, &QAction::triggered, q,
-                     [this, id](bool on) { invoke(Ops::SetItemSeparatorBelow, {id, QVariant::fromValue(on)}); });
+    QObject::connect(separator, &QAction::triggered, this,
+                     [this, id](bool on) { m_invoke(Ops::SetItemSeparatorBelow, {id, QVariant::fromValue(on)}); });
 
-    QAction *map = menu.addAction(text("playlist.menu.map", "Map"));
+    QAction *map = addAction(text("playlist.menu.map", "Map"));
     map->setObjectName(QStringLiteral("playlistItemMapAction"));
-    QObject::connect(map, &QAction::triggered, q, [this, itemId] { q->showMap(itemId); });
+    QObject::connect(map, &QAction::triggered, this, [this] { emit mapRequested(m_itemId); });
+}
 
-    menu.exec(globalPosition);
+void PlaylistPanel::Impl::showContextMenu(quint64 itemId, const QPoint &globalPosition)
+{
+    PlaylistContextMenu menu(model, itemOperations, itemId,
+                             [this](int action, const QList<QVariant> &arguments) { invoke(action, arguments); }, q);
+    QObject::connect(&menu, &PlaylistContextMenu::renameRequested, q, [this](quint64 id) { renameItem(id); });
+    QObject::connect(&menu, &PlaylistContextMenu::mapRequested, q, [this](quint64 id) { q->showMap(id); });
+    if (!menu.isEmpty())
+        menu.exec(globalPosition);
 }
 
 void PlaylistPanel::Impl::renameItem(quint64 itemId)

@@ -279,6 +279,11 @@ void PlaylistPanel::Impl::bindSelectionOperations()
             return model->playlistNumbers().size() > 1;
         return true;
     });
+    // The document's rows are not changed from a switched-off panel's side
+    // either, whoever asks.
+    ops->setGuard<quint64, int>(Ops::MoveItem, q, [enabled](quint64, int) { return enabled(); });
+    ops->setGuard<quint64, int>(Ops::MoveItemToRow, q, [enabled](quint64, int) { return enabled(); });
+    ops->setGuard<quint64>(Ops::RemoveItem, q, [enabled](quint64) { return enabled(); });
     // A copy of an item still being analysed has nothing to copy yet; the
     // operator is told why, whichever way the copy was asked for.
     ops->setGuard<quint64, int, int, bool>(Ops::TransferItem, q, [this](quint64 id, int, int, bool copy) {
