@@ -127,7 +127,12 @@ void PlaylistModel::recordBulkUndo(const PlaylistDocument &before)
             continue;
         }
         const QList<quint64> orderNow = d->order.value(playlist.number);
-        if (playlist.mode != now->mode || orderBefore.value(playlist.number) != orderNow) {
+        // std::equal, not QList's ==: Qt 6.4 hands an empty list's null data
+        // to memcmp.
+        const QList<quint64> orderThen = orderBefore.value(playlist.number);
+        const bool sameOrder = orderThen.size() == orderNow.size()
+                               && std::equal(orderThen.cbegin(), orderThen.cend(), orderNow.cbegin());
+        if (playlist.mode != now->mode || !sameOrder) {
             record.playlistChanges.append({playlist.number, playlist.mode, now->mode,
                                            orderBefore.value(playlist.number), orderNow});
         }
