@@ -78,6 +78,10 @@ private slots:
                 return items.size() == 2 && items.at(1).toObject().value("status") == "ready";
             },
             20000));
+        // The second item repeats without end, so it plays for as long as
+        // the test takes, however slow the machine.
+        QVERIFY(app.ctl({R"({"action":"SetItemEndMode","args":[{"uint64":"2"},{"enum":"PlaylistEndMode","value":"repeat"}]})"})
+                    .line.contains("Invoked"));
         const QString window = QString::number(topLevelWindowId("TARNIX Controller").toUInt(nullptr, 16));
         QVERIFY(xdotool({"windowmove", window, "0", "0"}));
         QVERIFY(xdotool({"windowsize", window, "1900", "1000"}));
