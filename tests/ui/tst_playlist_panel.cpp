@@ -58,7 +58,8 @@ struct Bench {
         });
         panel.resize(1000, 760);
         panel.show();
-        QTest::qWaitForWindowExposed(&panel);
+        if (!QTest::qWaitForWindowExposed(&panel))
+            qWarning("the panel was not exposed");
     }
     template <typename T>
     T *child(const char *name)

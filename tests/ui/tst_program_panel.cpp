@@ -25,19 +25,27 @@ private slots:
     void remainingTimeRules()
     {
         using namespace remaining_time;
+        auto item = [](qint64 remainingMs, double rate) {
+            Input input;
+            input.itemRemainingMs = remainingMs;
+            input.rate = rate;
+            return input;
+        };
         // Rounded up to a whole millisecond at the item's speed.
-        QCOMPARE(compute({1001, 2.0}).ms, std::optional<qint64>(501));
-        QCOMPARE(compute({-5, 1.0}).ms, std::nullopt);
-        QCOMPARE(compute({0, 1.0}).ms, std::optional<qint64>(0));
+        QCOMPARE(compute(item(1001, 2.0)).ms, std::optional<qint64>(501));
+        QCOMPARE(compute(item(-5, 1.0)).ms, std::nullopt);
+        QCOMPARE(compute(item(0, 1.0)).ms, std::optional<qint64>(0));
         // Ending soon: 1 to 5000 ms of a known time only.
-        QVERIFY(!compute({0, 1.0}).endingSoon);
-        QVERIFY(compute({1, 1.0}).endingSoon);
-        QVERIFY(compute({5000, 1.0}).endingSoon);
-        QVERIFY(!compute({5001, 1.0}).endingSoon);
-        QVERIFY(compute({9000, 2.0}).endingSoon);  // 4500 ms at double speed
-        Input live{3000, 1.0, true};
+        QVERIFY(!compute(item(0, 1.0)).endingSoon);
+        QVERIFY(compute(item(1, 1.0)).endingSoon);
+        QVERIFY(compute(item(5000, 1.0)).endingSoon);
+        QVERIFY(!compute(item(5001, 1.0)).endingSoon);
+        QVERIFY(compute(item(9000, 2.0)).endingSoon);  // 4500 ms at double speed
+        Input live = item(3000, 1.0);
+        live.live = true;
         QVERIFY(compute(live).live && !compute(live).endingSoon);
-        Input total{3000, 1.0, false, true, std::nullopt};
+        Input total = item(3000, 1.0);
+        total.totalMode = true;
         QVERIFY(compute(total).unknown && !compute(total).endingSoon);
         total.totalMs = -20;
         QCOMPARE(compute(total).ms, std::optional<qint64>(0));
