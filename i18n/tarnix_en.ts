@@ -1043,5 +1043,13 @@ Drag up or down to adjust</translation>
         <source>Next Output Display</source>
         <translation>Next Output Display</translation>
     </message>
+    <message id="program.delay.item">
+        <source>ITEM DELAY</source>
+        <translation>ITEM DELAY</translation>
+    </message>
+    <message id="program.delay.master">
+        <source>MASTER DELAY</source>
+        <translation>MASTER DELAY</translation>
+    </message>
 </context>
 </TS>

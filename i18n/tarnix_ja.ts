@@ -1043,5 +1043,13 @@ Drag up or down to adjust</source>
         <source>Next Output Display</source>
         <translation>次の出力ディスプレイ</translation>
     </message>
+    <message id="program.delay.item">
+        <source>ITEM DELAY</source>
+        <translation>アイテム ディレイ</translation>
+    </message>
+    <message id="program.delay.master">
+        <source>MASTER DELAY</source>
+        <translation>マスター ディレイ</translation>
+    </message>
 </context>
 </TS>

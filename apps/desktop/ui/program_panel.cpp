@@ -320,8 +320,11 @@ QWidget *ProgramPanel::Impl::buildActions()
 {
     auto *actions = new QFrame(q);
     actions->setObjectName(QStringLiteral("programActionPanel"));
-    auto *row = new QHBoxLayout(actions);
+    // Transport above the effects, so that both keep readable buttons on a
+    // narrow screen.
+    auto *row = new QVBoxLayout(actions);
     row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(4);
 
     auto *transport = new QFrame(actions);
     transport->setObjectName(QStringLiteral("programTransportActionPanel"));
@@ -373,15 +376,15 @@ QWidget *ProgramPanel::Impl::buildActions()
     effectsRow->addWidget(dskPlayButton);
     effectsRow->addWidget(dskPauseButton);
 
-    row->addWidget(transport, 3);
-    row->addWidget(effects, 2);
+    row->addWidget(transport);
+    row->addWidget(effects);
     return actions;
 }
 
 QWidget *ProgramPanel::Impl::buildModules()
 {
     auto *modules = new QWidget(q);
-    auto *row = new QHBoxLayout(modules);
+    auto *row = new QGridLayout(modules);
     row->setContentsMargins(0, 0, 0, 0);
 
     remainingModule = module(modules, "programRemainingModule");
@@ -401,6 +404,9 @@ QWidget *ProgramPanel::Impl::buildModules()
     remainingTime = new QLabel(remainingModule);
     remainingTime->setObjectName(QStringLiteral("programRemainingTime"));
     remainingTime->setProperty("endingSoon", false);
+    // Red in its last five seconds, whatever skin is in use; a skin may
+    // colour it its own way.
+    remainingTime->setStyleSheet(QStringLiteral("#programRemainingTime[endingSoon=\"true\"] { color: #ed555c; }"));
     QFont timeFont = remainingTime->font();
     timeFont.setPointSizeF(timeFont.pointSizeF() * 2.0);
     timeFont.setBold(true);
@@ -450,11 +456,15 @@ QWidget *ProgramPanel::Impl::buildModules()
     documentModule = module(modules, "programDocumentModule");
     documentModule->hide();
 
-    row->addWidget(remainingModule, 2);
-    row->addWidget(endModeModule, 1);
-    row->addWidget(rateModule, 2);
-    row->addWidget(bgmModule, 2);
-    row->addWidget(documentModule, 1);
+    // The remaining time and the end mode side by side; speed, BGM and
+    // document pages each on a row of their own below.
+    row->addWidget(remainingModule, 0, 0);
+    row->addWidget(endModeModule, 0, 1);
+    row->addWidget(rateModule, 1, 0, 1, 2);
+    row->addWidget(bgmModule, 2, 0, 1, 2);
+    row->addWidget(documentModule, 3, 0, 1, 2);
+    row->setColumnStretch(0, 2);
+    row->setColumnStretch(1, 1);
     return modules;
 }
 

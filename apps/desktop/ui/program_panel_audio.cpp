@@ -116,11 +116,19 @@ QWidget *ProgramPanel::Impl::buildAudio()
     grid->addWidget(itemMeter, 1, 1);
     grid->addWidget(masterFader, 1, 2);
     grid->addWidget(masterMeter, 1, 3);
-    grid->addWidget(itemDelay, 2, 0, 1, 2);
-    grid->addWidget(masterDelay, 2, 2, 1, 2);
-    grid->addWidget(itemEqButton, 3, 0, 1, 2);
-    grid->addWidget(masterEqButton, 3, 2, 1, 2);
-    grid->addWidget(muteButton, 4, 2, 1, 2);
+    // The delays each on a row across both strips, so that the strips stay
+    // as narrow as their faders and meters.
+    auto *itemDelayTitle = new QLabel(audio);
+    itemDelayTitle->setObjectName(QStringLiteral("programItemDelayTitle"));
+    auto *masterDelayTitle = new QLabel(audio);
+    masterDelayTitle->setObjectName(QStringLiteral("programMasterDelayTitle"));
+    grid->addWidget(itemDelayTitle, 2, 0, 1, 4);
+    grid->addWidget(itemDelay, 3, 0, 1, 4);
+    grid->addWidget(masterDelayTitle, 4, 0, 1, 4);
+    grid->addWidget(masterDelay, 5, 0, 1, 4);
+    grid->addWidget(itemEqButton, 6, 0, 1, 2);
+    grid->addWidget(masterEqButton, 6, 2, 1, 2);
+    grid->addWidget(muteButton, 7, 0, 1, 4);
     grid->setRowStretch(1, 1);
 
     // An operator's fader move is an operation like a key's or a MIDI
@@ -164,7 +172,8 @@ QWidget *ProgramPanel::Impl::buildAudio()
 QWidget *ProgramPanel::Impl::buildFades()
 {
     auto *row = new QWidget(q);
-    auto *layout = new QHBoxLayout(row);
+    // Two by two: item fades on the first row, master fades on the second.
+    auto *layout = new QGridLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     struct Spec {
         const char *prefix;
@@ -209,7 +218,7 @@ QWidget *ProgramPanel::Impl::buildFades()
         column->addWidget(fade.button);
         column->addWidget(durationControl);
         QObject::connect(fade.button, &QPushButton::clicked, q, [this, action = spec.action] { invoke(action); });
-        layout->addWidget(fade.control);
+        layout->addWidget(fade.control, int(fades.size()) / 2, int(fades.size()) % 2);
         fades.append(fade);
     }
 
@@ -337,6 +346,9 @@ void ProgramPanel::Impl::retranslateAudio()
     auto *masterTitle = q->findChild<QLabel *>(QStringLiteral("programMasterAudioTitle"));
     itemTitle->setText(text("program.audio.item", "ITEM"));
     masterTitle->setText(text("program.audio.master", "MASTER"));
+    q->findChild<QLabel *>(QStringLiteral("programItemDelayTitle"))->setText(text("program.delay.item", "ITEM DELAY"));
+    q->findChild<QLabel *>(QStringLiteral("programMasterDelayTitle"))
+        ->setText(text("program.delay.master", "MASTER DELAY"));
     itemEqButton->setText(text("program.eq.item", "ITEM EQ"));
     masterEqButton->setText(text("program.eq.master", "MASTER EQ"));
     if (masterEqButton->toolTip().isEmpty())
