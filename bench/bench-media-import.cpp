@@ -36,6 +36,8 @@
 using namespace tarnix;
 using Ops = ControllerOperations;
 
+using bench::runUntil;
+
 namespace {
 
 QString argument(const char *name, const QString &fallback)
@@ -105,19 +107,6 @@ public:
     double slowestMs = 0;
     QString slowestText;
 };
-
-template <typename Condition>
-bool runUntil(Condition condition, int limitMs)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < limitMs) {
-        QApplication::processEvents(QEventLoop::AllEvents, 5);
-        if (condition())
-            return true;
-    }
-    return condition();
-}
 
 } // namespace
 

@@ -46,6 +46,8 @@
 
 using namespace tarnix;
 
+using bench::runUntil;
+
 namespace {
 
 int argument(const char *name, int fallback)
@@ -53,19 +55,6 @@ int argument(const char *name, int fallback)
     const QStringList arguments = QCoreApplication::arguments();
     const qsizetype at = arguments.indexOf(QLatin1String(name));
     return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
-}
-
-template <typename Condition>
-bool runUntil(Condition condition, int limitMs)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (timer.elapsed() < limitMs) {
-        QApplication::processEvents(QEventLoop::AllEvents, 5);
-        if (condition())
-            return true;
-    }
-    return condition();
 }
 
 // Stands in front of the panel's own delegate and notes which rows it is

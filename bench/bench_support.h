@@ -6,7 +6,9 @@
 
 #include <gst/gst.h>
 
+#include <QApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QString>
 
@@ -18,6 +20,21 @@
 #include <malloc.h>
 
 namespace tarnix::bench {
+
+// Runs the event loop until the condition holds or the limit has passed;
+// the condition's last answer.
+template <typename Condition>
+bool runUntil(Condition condition, int limitMs)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < limitMs) {
+        QApplication::processEvents(QEventLoop::AllEvents, 5);
+        if (condition())
+            return true;
+    }
+    return condition();
+}
 
 // Ten seconds of 1080p30 H.264 with moving content (keyframe every second)
 // and AAC stereo: the program's typical file.

@@ -7,6 +7,8 @@
 
 #include "playlist/playlist_model.h"
 #include "shell/localized_text.h"
+#include "ui/playlist_bulk_entries.h"
+#include "ui/ui_text.h"
 #include "ui/playlist_item_texts.h"
 #include "ui/playlist_context_menu.h"
 #include "ui/playlist_map_dialog.h"
@@ -24,10 +26,7 @@ namespace {
 
 using Ops = ControllerOperations;
 
-QString text(const char *key, const char *fallback)
-{
-    return LocalizedText(QString::fromLatin1(key), {}, QString::fromUtf8(fallback)).toString();
-}
+using ui::text;
 
 QIcon swatch(PlaylistItemColor color)
 {
@@ -63,17 +62,7 @@ void PlaylistPanel::Impl::buildPlaylistMenu()
     playlistMenu->addSeparator();
     // The bulk operations of the active playlist, as the panel's list has
     // them; the keyboard finds them by their operation.
-    static const std::tuple<const char *, const char *, PlaylistBulkOperation> kBulk[] = {
-        {"playlist.bulk.play_once", "Play List Once", PlaylistBulkOperation::PlayOnce},
-        {"playlist.bulk.repeat_all", "Repeat All", PlaylistBulkOperation::RepeatAll},
-        {"playlist.bulk.shuffle", "Shuffle", PlaylistBulkOperation::Shuffle},
-        {"playlist.bulk.bgm_mode", "Set BGM Mode", PlaylistBulkOperation::BgmMode},
-        {"playlist.bulk.standard_mode", "Clear BGM Mode", PlaylistBulkOperation::StandardMode},
-        {"playlist.bulk.clear", "Clear Playlist", PlaylistBulkOperation::Clear},
-        {"playlist.bulk.delete", "Delete Playlist", PlaylistBulkOperation::Delete},
-        {"playlist.bulk.undo", "Undo", PlaylistBulkOperation::Undo},
-    };
-    for (const auto &[key, fallback, operation] : kBulk) {
+    for (const auto &[key, fallback, operation] : playlist_view::kBulkEntries) {
         QAction *action = playlistMenu->addAction(text(key, fallback));
         action->setData(int(operation));
         action->setProperty("playlistBulkOperation", int(operation));

@@ -192,11 +192,15 @@ void PlaylistItemDelegate::paintPicture(QPainter *painter, const QRect &rect, co
         painter->drawRect(rect.adjusted(1, 1, -1, -1));
         QFont font = painter->font();
         font.setBold(true);
+        // The words fit the picture, small as a list row's is.
+        const QString offline = QStringLiteral("MEDIA OFFLINE");
+        while (font.pointSizeF() > 5.0 && QFontMetrics(font).horizontalAdvance(offline) > rect.width() - 6)
+            font.setPointSizeF(font.pointSizeF() - 0.5);
         painter->setFont(font);
         const QRect label(rect.left(), rect.center().y() - 10, rect.width(), 20);
         painter->fillRect(label, kOffline);
         painter->setPen(Qt::white);
-        painter->drawText(label, Qt::AlignCenter, QStringLiteral("MEDIA OFFLINE"));
+        painter->drawText(label, Qt::AlignCenter, offline);
     }
     if (facts.onAirProgress) {
         const QRect track(rect.left(), rect.bottom() - 3, rect.width(), 4);

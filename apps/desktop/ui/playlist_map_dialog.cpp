@@ -2,6 +2,7 @@
 
 #include "playlist/playlist_model.h"
 #include "shell/localized_text.h"
+#include "ui/ui_text.h"
 #include "ui/playlist_item_texts.h"
 
 #include <QDialogButtonBox>
@@ -15,10 +16,7 @@ namespace tarnix {
 
 namespace {
 
-QString text(const char *key, const char *fallback, const QStringList &args = {})
-{
-    return LocalizedText(QString::fromLatin1(key), args, QString::fromUtf8(fallback)).toString();
-}
+using ui::text;
 
 QString endText(PlaylistEndMode mode)
 {

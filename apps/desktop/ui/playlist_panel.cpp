@@ -4,6 +4,8 @@
 #include "playlist/playlist_model.h"
 #include "playlist/playlist_thumbnail_store.h"
 #include "shell/localized_text.h"
+#include "ui/playlist_bulk_entries.h"
+#include "ui/ui_text.h"
 #include "ui/playlist_item_list_model.h"
 #include "ui/playlist_list_widget.h"
 #include "ui/playlist_tab_bar.h"
@@ -25,27 +27,8 @@ namespace tarnix {
 
 namespace {
 
-// The bulk list, in the order the operator reads it.
-struct BulkEntry {
-    const char *key;
-    const char *text;
-    PlaylistBulkOperation operation;
-};
-constexpr BulkEntry kBulkEntries[] = {
-    {"playlist.bulk.play_once", "Play List Once", PlaylistBulkOperation::PlayOnce},
-    {"playlist.bulk.repeat_all", "Repeat All", PlaylistBulkOperation::RepeatAll},
-    {"playlist.bulk.shuffle", "Shuffle", PlaylistBulkOperation::Shuffle},
-    {"playlist.bulk.bgm_mode", "Set BGM Mode", PlaylistBulkOperation::BgmMode},
-    {"playlist.bulk.standard_mode", "Clear BGM Mode", PlaylistBulkOperation::StandardMode},
-    {"playlist.bulk.clear", "Clear Playlist", PlaylistBulkOperation::Clear},
-    {"playlist.bulk.delete", "Delete Playlist", PlaylistBulkOperation::Delete},
-    {"playlist.bulk.undo", "Undo", PlaylistBulkOperation::Undo},
-};
-
-QString text(const char *key, const char *fallback, const QStringList &args = {})
-{
-    return LocalizedText(QString::fromLatin1(key), args, QString::fromUtf8(fallback)).toString();
-}
+using playlist_view::kBulkEntries;
+using ui::text;
 
 QString powerPointColourStyle(const char *colour)
 {
@@ -292,7 +275,7 @@ QWidget *PlaylistPanel::Impl::buildButtonRow()
     fadeDurationStepButton->setText(QStringLiteral("»"));
     bulkCombo = new QComboBox(row);
     bulkCombo->setObjectName(QStringLiteral("playlistBulkOperationComboBox"));
-    for (const BulkEntry &entry : kBulkEntries)
+    for (const playlist_view::BulkEntry &entry : kBulkEntries)
         bulkCombo->addItem(QString(), int(entry.operation));
     bulkApplyButton = new QPushButton(row);
     bulkApplyButton->setObjectName(QStringLiteral("playlistBulkApplyButton"));

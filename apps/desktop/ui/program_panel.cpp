@@ -2,6 +2,7 @@
 #include "ui/program_panel_impl.h"
 
 #include "shell/localized_text.h"
+#include "ui/ui_text.h"
 #include "ui/audio_delay_control.h"
 #include "ui/audio_fader_widget.h"
 #include "ui/audio_meter_widget.h"
@@ -33,10 +34,7 @@ using Ops = ControllerOperations;
 
 constexpr double kRates[] = {0.5, 0.75, 1.0, 1.25, 1.5, 2.0, 3.0};
 
-QString text(const char *key, const char *fallback, const QStringList &args = {})
-{
-    return LocalizedText(QString::fromLatin1(key), args, QString::fromUtf8(fallback)).toString();
-}
+using ui::text;
 
 QFrame *module(QWidget *parent, const char *objectName)
 {

@@ -7,6 +7,7 @@
 #include "ui/program_panel_impl.h"
 
 #include "shell/localized_text.h"
+#include "ui/ui_text.h"
 #include "ui/audio_delay_control.h"
 #include "ui/audio_fader_law.h"
 #include "ui/audio_fader_widget.h"
@@ -35,10 +36,7 @@ constexpr int kMasterTarget = 2;
 constexpr int kVolumeOff = -960;
 constexpr int kVolumeTop = 60;
 
-QString text(const char *key, const char *fallback, const QStringList &args = {})
-{
-    return LocalizedText(QString::fromLatin1(key), args, QString::fromUtf8(fallback)).toString();
-}
+using ui::text;
 
 void setLit(QWidget *widget, bool lit)
 {
@@ -175,23 +173,23 @@ QWidget *ProgramPanel::Impl::buildFades()
     // Two by two: item fades on the first row, master fades on the second.
     auto *layout = new QGridLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
-    struct Spec {
+    struct FadeModuleKind {
         const char *prefix;
         int target;
         bool fadeIn;
         int action;
     };
-    static const Spec kSpecs[] = {
+    static const FadeModuleKind kFadeModules[] = {
         {"programItemFadeIn", kItemTarget, true, Ops::ItemFadeIn},
         {"programItemFadeOut", kItemTarget, false, Ops::ItemFadeOut},
         {"programMasterFadeIn", kMasterTarget, true, Ops::MasterFadeIn},
         {"programMasterFadeOut", kMasterTarget, false, Ops::MasterFadeOut},
     };
-    for (const Spec &spec : kSpecs) {
-        const QString prefix = QString::fromLatin1(spec.prefix);
+    for (const FadeModuleKind &kind : kFadeModules) {
+        const QString prefix = QString::fromLatin1(kind.prefix);
         ManualFadeModule fade;
-        fade.target = spec.target;
-        fade.fadeIn = spec.fadeIn;
+        fade.target = kind.target;
+        fade.fadeIn = kind.fadeIn;
         fade.control = new QFrame(row);
         fade.control->setObjectName(prefix + QStringLiteral("Control"));
         auto *column = new QVBoxLayout(fade.control);
@@ -217,7 +215,7 @@ QWidget *ProgramPanel::Impl::buildFades()
         durationRow->addWidget(increase);
         column->addWidget(fade.button);
         column->addWidget(durationControl);
-        QObject::connect(fade.button, &QPushButton::clicked, q, [this, action = spec.action] { invoke(action); });
+        QObject::connect(fade.button, &QPushButton::clicked, q, [this, action = kind.action] { invoke(action); });
         layout->addWidget(fade.control, int(fades.size()) / 2, int(fades.size()) % 2);
         fades.append(fade);
     }
