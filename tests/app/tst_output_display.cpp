@@ -3,6 +3,7 @@
 // control socket.
 
 #include "app_process.h"
+#include "private_two_monitor_x.h"
 #include "x_windows.h"
 
 #include "video/private_xvfb.h"
@@ -41,6 +42,30 @@ private slots:
         QVERIFY(!corner.contains(windowGeometry("TARNIX Controller").topLeft() + QPoint(20, 20)));
         QVERIFY(next(app).contains("Invoked"));
         QTRY_COMPARE_WITH_TIMEOUT(windowGeometry("TARNIX Program"), QRect(0, 0, 1280, 720), 5000);
+        QCOMPARE(app.terminate(), 0);
+    }
+
+    // Two monitors: the picture starts on the one the controller is not on,
+    // and each Next Output Display moves it, full screen, to the next.
+    void twoMonitorsTakeTurns()
+    {
+        if (geteuid() != 0)
+            QSKIP("the two-monitor X server (Xorg with the dummy driver) needs root");
+        PrivateTwoMonitorX x;
+        const QString failure = x.start();
+        QVERIFY2(failure.isEmpty(), qPrintable(failure));
+        QTemporaryDir home;
+        AppProcess app(home);
+        app.setDisplay(qEnvironmentVariable("DISPLAY"));
+        QVERIFY2(app.start(), qPrintable(app.console()));
+        QVERIFY(QTest::qWaitFor([] { return mapState("TARNIX Program") == "IsViewable"; }, 10000));
+        QTRY_COMPARE_WITH_TIMEOUT(windowGeometry("TARNIX Program"), PrivateTwoMonitorX::right, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(PrivateTwoMonitorX::left.contains(windowGeometry("TARNIX Controller").center()), 5000);
+
+        QVERIFY(next(app).contains("Invoked"));
+        QTRY_COMPARE_WITH_TIMEOUT(windowGeometry("TARNIX Program"), PrivateTwoMonitorX::left, 5000);
+        QVERIFY(next(app).contains("Invoked"));
+        QTRY_COMPARE_WITH_TIMEOUT(windowGeometry("TARNIX Program"), PrivateTwoMonitorX::right, 5000);
         QCOMPARE(app.terminate(), 0);
     }
 };
