@@ -12,11 +12,13 @@
 #include "playlist/playlist_thumbnail_store.h"
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
+#include "shell/settings_store.h"
 #include "shell/user_info_center.h"
 #include "support/test_paths.h"
 #include "ui/image_add_dialog.h"
 #include "ui/playlist_list_widget.h"
 #include "ui/playlist_panel.h"
+#include "ui/program_panel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -212,6 +214,43 @@ private slots:
         dropItem(list->viewport(), list->viewport()->rect().center(), second, Qt::NoModifier);
         QCOMPARE(rig.model().playlistOf(second), 2);
         QCOMPARE(rig.model().itemIds(2).size(), 2);
+    }
+
+    // The program panel's pieces that the operator's settings govern, read
+    // when the controller builds the window: defaults first, then the
+    // opposite of every default.
+    void programPanelFollowsTheSettings()
+    {
+        QTemporaryDir settingsDir;
+        qApp->setProperty("tarnix.settingsFile", settingsDir.filePath("tarnix.ini"));
+        auto panelPiece = [](Rig &rig, const char *name) {
+            return rig.controllerWindow->findChild<ProgramPanel *>()->findChild<QWidget *>(name);
+        };
+        {
+            Rig rig;
+            QVERIFY(panelPiece(rig, "programFtbButton")->isEnabled());
+            QVERIFY(!panelPiece(rig, "programPlaybackRateModule")->isHidden());
+            QVERIFY(panelPiece(rig, "programBgmControlModule")->isHidden());
+            QVERIFY(!panelPiece(rig, "programRemainingTotalModeButton")->property("checked").toBool());
+        }
+        QVERIFY(writeSetting("onAir/disableFtbButton", true));
+        QVERIFY(writeSetting("onAir/showPlaybackRateControls", false));
+        QVERIFY(writeSetting("audio/showBgmPlayerControls", true));
+        QVERIFY(writeSetting("time/remainingTotal", true));
+        QVERIFY(writeSetting("player/backgroundColor", "#0000ff"));
+        {
+            Rig rig;
+            QVERIFY(!panelPiece(rig, "programFtbButton")->isEnabled());
+            QVERIFY(panelPiece(rig, "programPlaybackRateModule")->isHidden());
+            QVERIFY(!panelPiece(rig, "programBgmControlModule")->isHidden());
+            QVERIFY(panelPiece(rig, "programRemainingTotalModeButton")->property("checked").toBool());
+            QCOMPARE(panelPiece(rig, "programBackgroundColorButton")->property("backgroundColor").toString(),
+                     QStringLiteral("#0000ff"));
+            // The FTB button is only a button: the operation stays for keys
+            // and automation.
+            QVERIFY(rig.ops().hasHandler(Ops::ToggleFtb));
+        }
+        qApp->setProperty("tarnix.settingsFile", QVariant());
     }
 
     void exitClosesTheControllerWindowWhichMayGoFirst()

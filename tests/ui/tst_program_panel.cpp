@@ -9,6 +9,7 @@
 
 #include <QDoubleSpinBox>
 #include <QLabel>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -16,6 +17,24 @@
 
 using namespace tarnix;
 using Ops = ControllerOperations;
+
+namespace {
+
+// Counts the times a widget is polished: the remaining time is repolished
+// only when its ending-soon colour changes, not on every new time.
+class PolishCount : public QProxyStyle
+{
+public:
+    int count = 0;
+    using QProxyStyle::polish;
+    void polish(QWidget *widget) override
+    {
+        ++count;
+        QProxyStyle::polish(widget);
+    }
+};
+
+} // namespace
 
 class TestProgramPanel : public QObject
 {
@@ -54,6 +73,7 @@ private slots:
 
     void showsWhatOnAirTells()
     {
+        PolishCount polishes;  // outlives the panel that uses it
         Ops ops;
         PlaylistModel model;
         ProgramPanel panel(&model, &ops);
@@ -62,6 +82,7 @@ private slots:
         auto *remaining = panel.findChild<QLabel *>("programRemainingTime");
         QCOMPARE(file->text(), QStringLiteral("No file selected"));
         QVERIFY(!panel.findChild<QPushButton *>("offAirButton")->isEnabled());
+        remaining->setStyle(&polishes);
 
         view->showOnAirFile(QStringLiteral("Opening"), QStringLiteral("/show/opening.mp4"));
         view->showTransport(true, true);
@@ -69,11 +90,19 @@ private slots:
         view->showTimes(1000, 20000, 19000, false);
         QCOMPARE(remaining->text(), QStringLiteral("00:00:09.50"));
         QCOMPARE(remaining->property("endingSoon").toBool(), false);
+        view->showTimes(1040, 20000, 18960, false);
+        QCOMPARE(remaining->text(), QStringLiteral("00:00:09.48"));
         QVERIFY(panel.findChild<QPushButton *>("programPauseButton")->isEnabled());
         QVERIFY(!panel.findChild<QPushButton *>("programPlayButton")->isEnabled());
         view->showTimes(12000, 20000, 8000, false);
         QCOMPARE(remaining->text(), QStringLiteral("00:00:04.00"));
         QCOMPARE(remaining->property("endingSoon").toBool(), true);
+        const int polishedOnce = polishes.count;
+        QVERIFY(polishedOnce > 0);
+        view->showTimes(13000, 20000, 7000, false);
+        view->showTimes(14000, 20000, 6000, false);
+        QCOMPARE(remaining->text(), QStringLiteral("00:00:03.00"));
+        QCOMPARE(polishes.count, polishedOnce);
         view->showTimes(-1, -1, -1, true);
         QCOMPARE(remaining->text(), QStringLiteral("LIVE"));
         QCOMPARE(remaining->property("endingSoon").toBool(), false);
