@@ -15,6 +15,7 @@
 #include <QToolButton>
 #include <QTranslator>
 #include <QWheelEvent>
+#include <QScreen>
 #include <QtTest>
 
 #include <cmath>
@@ -279,6 +280,33 @@ private slots:
         QCOMPARE(pixelAt(image, meter.clipLampRect()), QColor(0x48, 0x17, 0x1a));
         QCOMPARE(pixelAt(image, meter.segmentRect(0, 0)), QColor(85, 85, 85));
         QCOMPARE(AudioMeterWidget::segmentColour(AudioMeterWidget::Look::Subdued, 0, 1.0), QColor(192, 80, 80));
+    }
+
+    // The meter repaints only the segments and the lamp that changed; what
+    // the window holds after a run of readings must still be exactly what a
+    // whole paint of the final state gives.
+    void meterPartialRepaintsAddUpToTheWholePicture()
+    {
+        qint64 now = 1000;
+        AudioMeterWidget meter;
+        meter.setClock([&now] { return now; });
+        meter.resize(meter.width(), 240);
+        meter.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&meter));
+        flushPaints();
+        const double readings[][2] = {{-3, -40}, {-12, -1}, {0.5, -20}, {-30, -30}, {-60, -6}, {-45, -60}};
+        for (const auto &reading : readings) {
+            now += 30;
+            meter.setLevels(reading[0], reading[1], reading[0] > 0);
+            flushPaints();
+        }
+        now += 40;  // a fall half-way through its dimming
+        meter.setLevels(-60, -60, false);
+        flushPaints();
+        const QImage shown = meter.screen()->grabWindow(meter.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+        const QImage whole = meter.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(shown.size(), whole.size());
+        QVERIFY(shown == whole);
     }
 
     void meterAtRestCostsNothing()

@@ -110,6 +110,44 @@ private slots:
         QCOMPARE(file->text(), QStringLiteral("No file selected"));
     }
 
+    // A running time repaints its label and nothing else: no layout of the
+    // window is redone while only the times change.
+    void runningTimesDoNotRelayoutTheWindow()
+    {
+        struct LayoutRequests : QObject {
+            int count = 0;
+            bool eventFilter(QObject *, QEvent *event) override
+            {
+                count += event->type() == QEvent::LayoutRequest;
+                return false;
+            }
+        } requests;
+        Ops ops;
+        PlaylistModel model;
+        ProgramPanel panel(&model, &ops);
+        ProgramPanelView *view = panel.view();
+        panel.resize(1000, 700);
+        panel.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        view->showOnAirFile(QStringLiteral("Opening"), QStringLiteral("/show/opening.mp4"));
+        view->showTransport(true, true);
+        view->showTimes(0, 3'600'000, 3'600'000, false);
+        // The first layout climbs the window one event loop pass per level.
+        for (int pass = 0; pass < 8; ++pass)
+            QCoreApplication::processEvents();
+        qApp->installEventFilter(&requests);
+        for (qint64 position = 0; position < 3'600'000; position += 111'111) {
+            view->showTimes(position, 3'600'000, 3'600'000 - position, false);
+            QCoreApplication::processEvents();
+        }
+        qApp->removeEventFilter(&requests);
+        QCOMPARE(requests.count, 0);
+        // A text longer than any the label was fitted for still shows whole.
+        auto *remaining = panel.findChild<QLabel *>("programRemainingTime");
+        view->showTimes(-1, -1, -1, true);
+        QVERIFY(remaining->width() >= remaining->fontMetrics().horizontalAdvance(remaining->text()));
+    }
+
     // The volume operations move the faders, which tell the program audio;
     // a manual fade moves the fader it names over its time.
     void volumesAndManualFades()

@@ -896,6 +896,14 @@ void ProgramPlayoutController::tick()
     d->updateProgramAudio();
     if (d->model && !live && d->displayedPositionMs >= 0)
         d->model->setItemLastPlayedPosition(d->programState.itemId(), d->displayedPositionMs);
+    // A repeating item is ticked fast for its loop point; its times reach
+    // the panel no more often than the regular tick's, which is all a
+    // running time needs and spares the panel a repaint every frame.
+    const auto interval = d->tickTimer.intervalAsDuration();
+    if (interval.count() > 0 && interval < d->options.tickInterval
+        && ++d->fastTicksUnshown < d->options.tickInterval / interval)
+        return;
+    d->fastTicksUnshown = 0;
     d->showTimes();
 }
 

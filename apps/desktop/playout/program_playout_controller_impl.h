@@ -117,6 +117,8 @@ struct ProgramPlayoutController::Impl {
     // Extra ticks left for the end of the item on air, and that item.
     int endTicksLeft = 0;
     quint64 endTickItem = 0;
+    // Fast ticks (a repeating item's) since the panel was last shown times.
+    int fastTicksUnshown = 0;
     QTimer animationTimer;
     QTimer ftbBlinkTimer;
     ProgramAudioController *audio = nullptr;

@@ -2,6 +2,7 @@
 
 #include "shell/interface_scale.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -40,11 +41,6 @@ int mix(int from, int to, double amount)
     return int(std::lround(from + (to - from) * amount));
 }
 
-bool showsTheSame(const MeterBallistics &a, const MeterBallistics &b)
-{
-    return a.leftDb() == b.leftDb() && a.rightDb() == b.rightDb() && a.clipLit() == b.clipLit()
-           && a.segments(0) == b.segments(0) && a.segments(1) == b.segments(1);
-}
 
 } // namespace
 
@@ -69,12 +65,40 @@ void AudioMeterWidget::setClock(Clock clock)
         m_clock = std::move(clock);
 }
 
+// Only the segments and the lamp that look different are repainted: a
+// meter moving on speech changes a few segments at its top edge, and the
+// window then redraws and sends those few rectangles, not the whole meter.
+void AudioMeterWidget::repaintChanges(const MeterBallistics &before)
+{
+    QRegion dirty;
+    if (before.clipLit() != m_meter.clipLit())
+        dirty += clipLampRect();
+    for (int channel = 0; channel < 2; ++channel) {
+        const MeterBallistics::Segments &was = before.segments(channel);
+        const MeterBallistics::Segments &now = m_meter.segments(channel);
+        int first = -1;
+        int last = -1;
+        for (int i = 0; i < kSegments; ++i) {
+            if (was[i] != now[i]) {
+                if (first < 0)
+                    first = i;
+                last = i;
+            }
+        }
+        if (first >= 0)
+            dirty += segmentRect(channel, first).united(segmentRect(channel, last));
+    }
+    if (!dirty.isEmpty())
+        update(dirty);
+}
+
 bool AudioMeterWidget::setLevels(double leftDb, double rightDb, bool clipped)
 {
     m_targetDb = {leftDb, rightDb};
+    const MeterBallistics before = m_meter;
     const bool moving = m_meter.setLevels(leftDb, rightDb, clipped, m_clock());
     if (m_meter.changed())
-        update();
+        repaintChanges(before);
     if (!moving)
         m_fallTimer.stop();
     else if (!m_fallTimer.isActive())
@@ -86,9 +110,10 @@ void AudioMeterWidget::continueFall()
 {
     // The last reading still stands as the target; the fall and the clip
     // hold play out between readings, or after the readings stop.
+    const MeterBallistics before = m_meter;
     const bool moving = m_meter.setLevels(m_targetDb[0], m_targetDb[1], false, m_clock());
     if (m_meter.changed())
-        update();
+        repaintChanges(before);
     if (!moving)
         m_fallTimer.stop();
 }
@@ -96,18 +121,18 @@ void AudioMeterWidget::continueFall()
 void AudioMeterWidget::showMeter(const MeterBallistics &meter)
 {
     m_fallTimer.stop();
-    const bool same = showsTheSame(m_meter, meter);
+    const MeterBallistics before = m_meter;
     m_meter = meter;
-    if (!same)
-        update();
+    repaintChanges(before);
 }
 
 void AudioMeterWidget::reset()
 {
     m_fallTimer.stop();
     m_targetDb = {MeterBallistics::kFloorDb, MeterBallistics::kFloorDb};
+    const MeterBallistics before = m_meter;
     if (m_meter.reset())
-        update();
+        repaintChanges(before);
 }
 
 void AudioMeterWidget::setCompact(bool compact)
@@ -116,6 +141,7 @@ void AudioMeterWidget::setCompact(bool compact)
         return;
     m_compact = compact;
     setFixedWidth(scaledPixels(compact ? 25 : 64));
+    m_scale = QPixmap();
     update();
 }
 
@@ -124,6 +150,7 @@ void AudioMeterWidget::setShortScale(bool shortScale)
     if (m_shortScale == shortScale)
         return;
     m_shortScale = shortScale;
+    m_scale = QPixmap();
     update();
 }
 
@@ -132,6 +159,7 @@ void AudioMeterWidget::setLook(Look look)
     if (m_look == look)
         return;
     m_look = look;
+    m_scale = QPixmap();
     update();
 }
 
@@ -186,21 +214,45 @@ QColor AudioMeterWidget::segmentColour(Look look, int index, double brightness)
                   mix(palette.unlit.blue(), lit.blue(), amount));
 }
 
-void AudioMeterWidget::paintEvent(QPaintEvent *)
+void AudioMeterWidget::paintEvent(QPaintEvent *event)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), kBackground);
-    painter.fillRect(clipLampRect(), m_meter.clipLit() ? kClipLit : kClipUnlit);
-
+    const qreal ratio = devicePixelRatioF();
+    if (m_scale.isNull() || m_scale.size() != size() * ratio)
+        m_scale = paintScale();
+    const QRect exposed = event->rect();
+    painter.drawPixmap(exposed, m_scale, QRectF(QPointF(exposed.topLeft()) * ratio, QSizeF(exposed.size()) * ratio));
+    if (clipLampRect().intersects(exposed))
+        painter.fillRect(clipLampRect(), m_meter.clipLit() ? kClipLit : kClipUnlit);
     for (int channel = 0; channel < 2; ++channel) {
         const MeterBallistics::Segments &segments = m_meter.segments(channel);
-        for (int i = 0; i < kSegments; ++i)
-            painter.fillRect(segmentRect(channel, i), segmentColour(m_look, i, segments[i]));
+        for (int i = 0; i < kSegments; ++i) {
+            const QRect segment = segmentRect(channel, i);
+            if (segment.intersects(exposed))
+                painter.fillRect(segment, segmentColour(m_look, i, segments[i]));
+        }
     }
+}
 
+void AudioMeterWidget::changeEvent(QEvent *event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+        m_scale = QPixmap();
+    QWidget::changeEvent(event);
+}
+
+// What never moves: the background and the dB scale between the columns,
+// drawn once per size, font and look rather than on every repaint.
+QPixmap AudioMeterWidget::paintScale() const
+{
+    const qreal ratio = devicePixelRatioF();
+    QPixmap scale(size() * ratio);
+    scale.setDevicePixelRatio(ratio);
+    scale.fill(kBackground);
     const Layout l = layout();
     if (l.labels.isEmpty())
-        return;
+        return scale;
+    QPainter painter(&scale);
     static const int kFullScale[] = {0, -6, -12, -20, -30, -40, -50, -60};
     static const int kShortScale[] = {0, -20, -40, -60};
     QFont labelFont = font();
@@ -223,6 +275,7 @@ void AudioMeterWidget::paintEvent(QPaintEvent *)
         for (int db : kFullScale)
             drawLabel(db);
     }
+    return scale;
 }
 
 } // namespace tarnix

@@ -3,6 +3,7 @@
 #include "audio/meter_ballistics.h"
 
 #include <QElapsedTimer>
+#include <QPixmap>
 #include <QTimer>
 #include <QWidget>
 
@@ -63,6 +64,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     struct Layout {
@@ -73,6 +75,8 @@ private:
     };
     Layout layout() const;
     void continueFall();
+    void repaintChanges(const MeterBallistics &before);
+    QPixmap paintScale() const;
 
     MeterBallistics m_meter;
     std::array<double, 2> m_targetDb{MeterBallistics::kFloorDb, MeterBallistics::kFloorDb};
@@ -82,6 +86,7 @@ private:
     bool m_compact = false;
     bool m_shortScale = false;
     Look m_look = Look::Normal;
+    QPixmap m_scale;  // background and dB labels; empty when they must be redrawn
 };
 
 } // namespace tarnix

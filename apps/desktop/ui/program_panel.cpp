@@ -399,7 +399,7 @@ QWidget *ProgramPanel::Impl::buildModules()
     headerRow->addWidget(remainingTitle);
     headerRow->addStretch(1);
     headerRow->addWidget(totalModeButton);
-    remainingTime = new QLabel(remainingModule);
+    remainingTime = new SteadyLabel(remainingModule);
     remainingTime->setObjectName(QStringLiteral("programRemainingTime"));
     remainingTime->setProperty("endingSoon", false);
     // Red in its last five seconds, whatever skin is in use; a skin may
@@ -508,8 +508,16 @@ void ProgramPanel::Impl::refreshTimes()
         const int maximum = int(std::clamp<qint64>(durationMs, 0, std::numeric_limits<int>::max()));
         if (seekBar->maximum() != maximum)
             seekBar->setRange(0, maximum);
-        if (positionMs >= 0)
-            seekBar->setValue(int(std::min<qint64>(positionMs, maximum)));
+        if (positionMs >= 0) {
+            // A slider repaints on every new value; the handle moves only
+            // when the value reaches another pixel of the bar.
+            const int value = int(std::min<qint64>(positionMs, maximum));
+            const int span = std::max(1, seekBar->width());
+            if (QStyle::sliderPositionFromValue(0, maximum, value, span)
+                    != QStyle::sliderPositionFromValue(0, maximum, seekBar->value(), span)
+                || value == 0 || value == maximum)
+                seekBar->setValue(value);
+        }
     }
     seekBar->setEnabled(hasItem && !live && durationMs > 0);
 
@@ -535,7 +543,7 @@ void ProgramPanel::Impl::refreshTimes()
         value = text("program.remaining.unknown", "UNLIMITED");
     else
         value = remaining_time::timeText(shown.ms.value_or(0));
-    setTextIfChanged(remainingTime, value);
+    remainingTime->showText(value);
     const QString accessible = totalMode ? text("program.remaining.total_accessible", "ON AIR Total remaining time: %1", {value})
                                          : text("program.remaining.accessible", "ON AIR remaining time: %1", {value});
     if (remainingTime->accessibleName() != accessible)
@@ -589,6 +597,10 @@ void ProgramPanel::Impl::retranslate()
     dskPauseButton->setText(text("program.dsk.pause", "DSK PAUSE"));
     remainingTitle->setText(text("program.remaining.title", "REMAIN TIMER"));
     totalModeButton->setText(text("program.remaining.total_mode", "Total"));
+    QStringList remainingSamples{text("common.live", "LIVE"), text("program.remaining.unknown", "UNLIMITED")};
+    for (char digit = '0'; digit <= '9'; ++digit)
+        remainingSamples << remaining_time::timeText(0).replace(QLatin1Char('0'), QLatin1Char(digit));
+    remainingTime->setSampleTexts(remainingSamples);
     totalModeButton->setToolTip(text("program.remaining.total_mode.tooltip",
                                      "Show the remaining time to the Map Total arrival point"));
     endModeTitle->setText(text("program.end_mode.title", "END MODE"));

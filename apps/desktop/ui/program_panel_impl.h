@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/program_panel.h"
+#include "ui/steady_label.h"
 
 #include "control/controller_operations.h"
 #include "playlist/playlist_model.h"
@@ -118,7 +119,7 @@ struct ProgramPanel::Impl {
     QFrame *remainingModule = nullptr;
     QLabel *remainingTitle = nullptr;
     QPushButton *totalModeButton = nullptr;
-    QLabel *remainingTime = nullptr;
+    SteadyLabel *remainingTime = nullptr;
     QFrame *endModeModule = nullptr;
     QLabel *endModeTitle = nullptr;
     QLabel *endModeValue = nullptr;
