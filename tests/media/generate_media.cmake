@@ -17,6 +17,7 @@ set(media_jobs
   "h264-video-only.mp4|videotestsrc num-buffers=30 pattern=red ! ${video_320} ! openh264enc gop-size=30 ! h264parse ! mp4mux ! filesink location=@OUT@"
   "aac-audio-only.m4a|audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mp4mux ! filesink location=@OUT@"
   "vp8-vorbis.webm|videotestsrc num-buffers=30 pattern=green ! ${video_320} ! vp8enc deadline=1 ! mux. audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! audioconvert ! vorbisenc ! mux. webmmux name=mux ! filesink location=@OUT@"
+  "h264-aac-25fps-12s.mp4|videotestsrc num-buffers=300 pattern=ball ! video/x-raw,width=320,height=180,framerate=25/1 ! openh264enc gop-size=25 ! h264parse ! mux. audiotestsrc num-buffers=563 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mux. mp4mux name=mux ! filesink location=@OUT@"
   "tone-1s.wav|audiotestsrc num-buffers=47 samplesperbuffer=1024 ! ${audio_48k} ! wavenc ! filesink location=@OUT@"
   "solid-red-4s.mp4|videotestsrc num-buffers=120 pattern=solid-color foreground-color=0xffff0000 ! ${video_320} ! openh264enc gop-size=30 ! h264parse ! mux. audiotestsrc num-buffers=188 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mux. mp4mux name=mux ! filesink location=@OUT@"
   "solid-blue-4s.mp4|videotestsrc num-buffers=120 pattern=solid-color foreground-color=0xff0000ff ! ${video_320} ! openh264enc gop-size=30 ! h264parse ! mux. audiotestsrc num-buffers=188 samplesperbuffer=1024 ! ${audio_48k} ! avenc_aac ! aacparse ! mux. mp4mux name=mux ! filesink location=@OUT@"

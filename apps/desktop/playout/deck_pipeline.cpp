@@ -1,5 +1,7 @@
 #include "playout/deck_pipeline.h"
 
+#include "shell/gst_bin_parts.h"
+
 #include "audio/audio_elements.h"
 #include "playout/deck_texts.h"
 #include "shell/log_categories.h"
@@ -27,43 +29,6 @@ constexpr char kAudioBinDescription[] =
     "level name=%1-input-audio-level post-messages=true interval=5000000 ! "
     "volume name=%1-item-audio-volume ! "
     "tarnixaudiosink name=%1-audio-output channel=%1-audio sync=true qos=false";
-
-bool factoriesExist(std::initializer_list<const char *> names)
-{
-    for (const char *name : names) {
-        GstElementFactory *factory = gst_element_factory_find(name);
-        if (!factory)
-            return false;
-        gst_object_unref(factory);
-    }
-    return true;
-}
-
-// Parses a bin with ghost pads; any GError is a failure, because an unknown
-// property still yields a bin. The bin comes back owned (not floating).
-GstElement *parseBin(const QString &description, QString *errorText)
-{
-    GError *error = nullptr;
-    GstElement *bin =
-        gst_parse_bin_from_description(description.toUtf8().constData(), TRUE, &error);
-    if (bin)
-        gst_object_ref_sink(bin);
-    if (error || !bin) {
-        *errorText = error && error->message ? QString::fromUtf8(error->message)
-                                             : QStringLiteral("no bin was created");
-        if (error)
-            g_error_free(error);
-        if (bin)
-            gst_object_unref(bin);
-        return nullptr;
-    }
-    return bin;
-}
-
-GstElement *childByName(GstElement *bin, const QString &name)
-{
-    return gst_bin_get_by_name(GST_BIN(bin), name.toUtf8().constData());
-}
 
 void setError(QString *error, const QString &text)
 {
@@ -102,7 +67,7 @@ std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QStri
         setError(error, registrationError);
         return nullptr;
     }
-    if (!factoriesExist({"scaletempo"})) {
+    if (!elementFactoriesExist({"scaletempo"})) {
         qCWarning(lcPlayout()).noquote() << deck_text::kScaletempoMissing;
         setError(error, QString::fromUtf8(deck_text::kScaletempoMissing));
         return nullptr;
@@ -119,13 +84,13 @@ std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QStri
     }
     pipeline->playbin = GST_ELEMENT(gst_object_ref_sink(playbin));
 
-    if (!factoriesExist({"videoconvertscale", "appsink"})) {
+    if (!elementFactoriesExist({"videoconvertscale", "appsink"})) {
         qCWarning(lcPlayout()).noquote() << deck_text::kVideoElementsMissing;
         setError(error, QString::fromUtf8(deck_text::kVideoElementsMissing));
         return nullptr;
     }
     QString parseError;
-    GstElement *videoBin = parseBin(QString::fromLatin1(kVideoBinDescription)
+    GstElement *videoBin = parseOwnedBin(QString::fromLatin1(kVideoBinDescription)
                                         .arg(name + QStringLiteral("-video-input"),
                                              name + QStringLiteral("-video-appsink"))
                                         .arg(options.width)
@@ -138,7 +103,7 @@ std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QStri
         return nullptr;
     }
     GstElement *audioBin =
-        parseBin(QString::fromLatin1(kAudioBinDescription).arg(name), &parseError);
+        parseOwnedBin(QString::fromLatin1(kAudioBinDescription).arg(name), &parseError);
     if (!audioBin) {
         qCWarning(lcPlayout()).noquote() << deck_text::kAudioOutputParse << parseError;
         setError(error, QString::fromUtf8(deck_text::kAudioOutputParse) + QLatin1Char(' ')
@@ -147,9 +112,9 @@ std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QStri
         return nullptr;
     }
 
-    pipeline->levelElement = childByName(audioBin, name + QStringLiteral("-input-audio-level"));
-    pipeline->volumeElement = childByName(audioBin, name + QStringLiteral("-item-audio-volume"));
-    pipeline->appsink = childByName(videoBin, name + QStringLiteral("-video-appsink"));
+    pipeline->levelElement = childElement(audioBin, name + QStringLiteral("-input-audio-level"));
+    pipeline->volumeElement = childElement(audioBin, name + QStringLiteral("-item-audio-volume"));
+    pipeline->appsink = childElement(videoBin, name + QStringLiteral("-video-appsink"));
     if (!pipeline->levelElement || !pipeline->volumeElement || !pipeline->appsink) {
         setError(error, QStringLiteral("Could not find the deck's level, volume or appsink."));
         gst_object_unref(videoBin);
@@ -179,7 +144,7 @@ GstElement *DeckPipeline::findAudioOutput() const
     if (!audioBin)
         return nullptr;
     GstElement *output = GST_IS_BIN(audioBin)
-                             ? childByName(audioBin, deckName(deckIndex)
+                             ? childElement(audioBin, deckName(deckIndex)
                                                          + QStringLiteral("-audio-output"))
                              : nullptr;
     gst_object_unref(audioBin);

@@ -13,6 +13,7 @@ const QLoggingCategory &lcPlayout();  // "PLAYOUT": decks and pipelines of the O
 const QLoggingCategory &lcAudio();    // "AUDIO": audio elements and devices
 const QLoggingCategory &lcVideo();    // "VIDEO": program picture and frame hand-over
 const QLoggingCategory &lcPlaylist(); // "PLAYLIST": the running document and its media files
+const QLoggingCategory &lcEdit();     // "EDIT": the EDIT session and its player
 const QLoggingCategory &lcControl();  // "CONTROL": operator operations and the control socket
 
 } // namespace tarnix

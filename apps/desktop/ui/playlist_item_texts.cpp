@@ -1,5 +1,7 @@
 #include "ui/playlist_item_texts.h"
 
+#include "playlist/clock_text.h"
+
 #include "playlist/playlist_validation.h"
 #include "shell/localized_text.h"
 
@@ -8,11 +10,6 @@ namespace tarnix::playlist_view {
 namespace {
 
 constexpr qint32 kVolumeOffTenthsDb = -960;
-
-QString twoDigits(qint64 value)
-{
-    return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
-}
 
 QString plainEndModeName(PlaylistEndMode mode)
 {
@@ -41,11 +38,7 @@ QString repeatEndModeName(PlaylistRepeatEndMode mode)
 
 QString itemTimeText(qint64 ms)
 {
-    const qint64 clamped = std::max<qint64>(0, ms);
-    const qint64 hundredths = clamped / 10 % 100;
-    const qint64 seconds = clamped / 1000;
-    return QStringLiteral("%1:%2:%3.%4")
-        .arg(twoDigits(seconds / 3600), twoDigits(seconds / 60 % 60), twoDigits(seconds % 60), twoDigits(hundredths));
+    return clockText(ms);
 }
 
 QString itemVolumeText(qint32 tenthsDb)

@@ -1,0 +1,119 @@
+#pragma once
+
+#include "edit/edit_player.h"
+#include "playlist/playlist_records.h"
+
+#include <QObject>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace tarnix {
+
+class EditPanelView;
+class ItemSelection;
+class PlaylistModel;
+
+// The EDIT session: one playlist item at a time loaded into the EDIT
+// player, trimmed and set up by the operator, every change saved to the
+// item in the model the moment it is made. Nothing here reaches ON AIR: a
+// failure ends in the panel's status line and leaves the item as it was.
+// Main thread.
+class EditSessionController : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Options {
+        EditPlayer::Options player;
+        std::chrono::milliseconds tickInterval{33};
+        // Monotonic milliseconds, for the rewind scrub; tests inject their own.
+        std::function<qint64()> clock;
+        // Writes one line of the scan log (the time stamp is added here).
+        // The application hands it to the file queue; none: the line goes
+        // to the log only.
+        std::function<void(const QString &line)> scanLog;
+        // A player that cannot be created (tests).
+        bool failPlayerCreation = false;
+    };
+
+    EditSessionController(PlaylistModel *model, ItemSelection *selection, const Options &options,
+                          QObject *parent = nullptr);
+    explicit EditSessionController(PlaylistModel *model, ItemSelection *selection = nullptr,
+                                   QObject *parent = nullptr);
+    ~EditSessionController() override;
+
+    // The panel the session drives; none is fine. Not owned.
+    void setPanel(EditPanelView *panel);
+
+    quint64 loadedItemId() const;
+    bool isLoading() const;
+    bool isLoaded() const;
+    bool isUnloading() const;
+    bool playerUnavailable() const;
+    // The last status text and whether it was an error.
+    QString statusText() const;
+    bool statusIsError() const;
+    // Where EDIT stands: a pending frame or seek target first.
+    qint64 positionMs() const;
+    qint64 durationMs() const;
+    bool isPlaying() const;
+    // 0 none, 1 forward, -1 rewind.
+    int scanDirection() const;
+    // The player, for figures and tests; null when unavailable.
+    EditPlayer *player() const;
+
+    // Starts the unload of the item (or of whatever is loaded, with 0); true
+    // when it is not loaded or the unload started. `done` runs once nothing
+    // of it is loaded any more.
+    bool beginUnload(quint64 itemId, std::function<void()> done = {});
+
+public slots:
+    void toggleStartMode();
+    void toggleFadeOut();
+    void resetEditor();
+    void loadSelectedItem();
+    void loadItem(quint64 itemId);
+    void play();
+    void pause();
+    void stopPlayback();
+    void jumpToStart();
+    void jumpToIn();
+    void jumpToOut();
+    void jumpToEnd();
+    void startScanBackward();
+    void startScanForward();
+    void stopScan();
+    void setInPoint();
+    void setOutPoint();
+    void setInPointTime(qint64 positionMs);
+    void setOutPointTime(qint64 positionMs);
+    void setStartMode(tarnix::PlaylistStartMode mode);
+    void setEndMode(tarnix::PlaylistEndMode mode);
+    void setGotoTarget(quint64 itemId);
+    void setRepeatOptions(qint32 count, tarnix::PlaylistRepeatEndMode endMode);
+    void setFadeIn(bool enabled, qint64 durationMs);
+    void setFadeOut(bool enabled, qint64 durationMs);
+    void setEndCrossfade(bool enabled, qint64 durationMs);
+    void setNominalVolume(qint32 volumeTenthsDb);
+    void setNominalDelayFrames(qint32 frames);
+    void setNominalEq(qint32 lowTenthsDb, qint32 midTenthsDb, qint32 highTenthsDb);
+    void seek(qint64 positionMs);
+    void stepFrames(qint32 frameCount);
+
+signals:
+    void pflRequested(bool enabled);
+    void pflOutputError(const QString &message);
+    // The loaded item changed (0: none).
+    void loadedItemChanged(quint64 itemId);
+    void statusChanged(const QString &text, bool error);
+
+private:
+    void tick();
+
+    struct Impl;
+    std::unique_ptr<Impl> d;
+};
+
+} // namespace tarnix

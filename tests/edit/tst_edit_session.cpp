@@ -1,0 +1,163 @@
+// The EDIT session on the real player with generated media: loading, the
+// rules of the In and Out points, frame steps, the rewind scrub and its
+// boundary, the nominal volume, unloading, and a player that cannot be made.
+
+#include "edit/edit_session_controller.h"
+#include "playlist/playlist_model.h"
+
+#include "kit/item_request.h"
+#include "support/test_paths.h"
+
+#include <QtTest>
+
+#include <gst/gst.h>
+
+using namespace tarnix;
+
+namespace {
+
+QString media(const char *name)
+{
+    return QStringLiteral(TARNIX_TEST_MEDIA_DIR "/") + QLatin1String(name);
+}
+
+// A session over one 12 s clip at 25 fps, with its tick and clock in the
+// test's hands where it matters.
+struct Rig {
+    PlaylistModel model;
+    qint64 now = 1000;
+    std::unique_ptr<EditSessionController> session;
+    quint64 clip = 0;
+
+    explicit Rig(qint64 inPointMs = 0, bool failPlayer = false)
+    {
+        EditSessionController::Options options;
+        options.tickInterval = std::chrono::milliseconds(5);
+        options.clock = [this] { return now; };
+        options.failPlayerCreation = failPlayer;
+        options.player.videoSize = QSize(320, 180);
+        session = std::make_unique<EditSessionController>(&model, nullptr, options);
+        clip = model.addItems({testkit::ItemRequest(media("h264-aac-25fps-12s.mp4")).name("Clip").inPoint(inPointMs)})
+                   .value(0);
+    }
+
+    bool loaded() { return QTest::qWaitFor([this] { return session->isLoaded(); }, 10000); }
+    PlaylistItemSettings settings() const { return model.item(clip)->settings; }
+    QString status() const { return session->statusText(); }
+};
+
+} // namespace
+
+class TestEditSession : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { gst_init(nullptr, nullptr); }
+
+    void loadsAtTheInPointAndUnloads()
+    {
+        Rig rig(2000);
+        rig.session->loadItem(rig.clip);
+        QCOMPARE(rig.status(), QStringLiteral("EDIT loading | Clip"));
+        QCOMPARE(rig.model.editItemId(), rig.clip);
+        QVERIFY(rig.loaded());
+        QCOMPARE(rig.status(), QStringLiteral("EDIT loaded | Clip"));
+        QTRY_VERIFY(qAbs(rig.session->player()->positionMs() - 2000) <= 40);
+        QTRY_VERIFY(rig.session->durationMs() >= 11900);
+
+        QVERIFY(rig.session->beginUnload(rig.clip));
+        QTRY_COMPARE_WITH_TIMEOUT(rig.status(), QStringLiteral("EDIT unloaded."), 5000);
+        QCOMPARE(rig.model.editItemId(), quint64(0));
+        QCOMPARE(rig.session->loadedItemId(), quint64(0));
+    }
+
+    // The checks of In and Out in their order, each refusal leaving the
+    // item as it was.
+    void pointsFollowTheirRules()
+    {
+        Rig rig;
+        const PlaylistItemSettings before = rig.settings();
+        // ON AIR wins even before anything is loaded.
+        rig.session->loadItem(rig.clip);
+        QVERIFY(rig.loaded());
+        QVERIFY(rig.model.setOnAirItem(rig.clip));
+        rig.session->setInPointTime(1000);
+        QCOMPARE(rig.status(), QStringLiteral("The In/Out points of an item currently on air cannot be changed."));
+        QVERIFY(rig.session->statusIsError());
+        QVERIFY(rig.model.setOnAirItem(0));
+
+        rig.session->setOutPointTime(20000);
+        QCOMPARE(rig.status(), QStringLiteral("Set the In/Out point within the media duration."));
+        QCOMPARE(rig.settings(), before);
+
+        rig.session->setInPointTime(10500);
+        QCOMPARE(rig.status(), QStringLiteral("EDIT IN 00:00:10.50 | Clip"));
+        QCOMPARE(rig.settings().inPointMs, qint64(10500));
+        rig.session->setOutPointTime(9000);
+        QCOMPARE(rig.status(), QStringLiteral("Set the Out point after the In point."));
+        rig.session->setOutPointTime(11000);
+        QCOMPARE(rig.settings().outPointMs, std::optional<qint64>(11000));
+        rig.session->setInPointTime(11500);
+        QCOMPARE(rig.status(), QStringLiteral("Set the In point before the Out point and the end of the media."));
+        QCOMPARE(rig.settings().inPointMs, qint64(10500));
+
+        QVERIFY(rig.model.setItemSettingsLocked(rig.clip, true));
+        rig.session->setInPointTime(0);
+        QCOMPARE(rig.status(), QStringLiteral("This item's settings are locked. Its In/Out points cannot be changed."));
+        rig.session->setEndMode(PlaylistEndMode::repeat);
+        QCOMPARE(rig.settings().endMode, before.endMode);
+        QVERIFY(rig.model.setItemSettingsLocked(rig.clip, false));
+
+        // Repeat options only with the repeat end mode.
+        rig.session->setRepeatOptions(3, PlaylistRepeatEndMode::next);
+        QCOMPARE(rig.status(), QStringLiteral("Could not save the repeat options."));
+        rig.session->setEndMode(PlaylistEndMode::repeat);
+        QCOMPARE(rig.status(), QStringLiteral("EDIT End Mode: Repeat | Clip"));
+        rig.session->setRepeatOptions(3, PlaylistRepeatEndMode::next);
+        QCOMPARE(rig.settings().repeatCount, 3);
+
+        rig.session->setNominalVolume(-60);
+        QCOMPARE(rig.status(), QStringLiteral("EDIT Nominal Volume: -6.0 dB | Clip"));
+        QVERIFY(qAbs(rig.session->player()->nominalGain() - 0.501187) < 1e-6);
+    }
+
+    void frameStepsAddUpAndRewindStopsAtZero()
+    {
+        Rig rig;
+        rig.session->loadItem(rig.clip);
+        QVERIFY(rig.loaded());
+        QTRY_COMPARE(rig.session->player()->frameRate(), 25.0);
+        rig.session->stepFrames(1);
+        rig.session->stepFrames(1);
+        QCOMPARE(rig.session->positionMs(), qint64(80));
+        QTRY_VERIFY(qAbs(rig.session->player()->positionMs() - 80) <= 20);
+
+        rig.session->seek(300);
+        QTRY_VERIFY(qAbs(rig.session->player()->positionMs() - 300) <= 40);
+        rig.session->play();
+        rig.session->startScanBackward();
+        QCOMPARE(rig.session->scanDirection(), -1);
+        QVERIFY(rig.status().startsWith(QStringLiteral("EDIT Rewind (position only) | ")));
+        rig.now += 100;  // 200 ms back at double speed
+        QTRY_VERIFY(rig.session->positionMs() <= 100);
+        rig.now += 200;
+        QTRY_COMPARE(rig.status(), QStringLiteral("Scan boundary"));
+        QCOMPARE(rig.session->scanDirection(), 0);
+        QTRY_VERIFY(!rig.session->isPlaying());
+    }
+
+    // A player that cannot be made leaves a session that only says so.
+    void withoutAPlayerEditOnlyTells()
+    {
+        Rig rig(0, true);
+        QVERIFY(rig.session->playerUnavailable());
+        QCOMPARE(rig.status(), QStringLiteral("Could not create the EDIT player (ON AIR will continue)"));
+        rig.session->loadItem(rig.clip);
+        QCOMPARE(rig.status(), QStringLiteral("The EDIT player is unavailable (ON AIR will continue)"));
+        QCOMPARE(rig.model.editItemId(), quint64(0));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestEditSession)
+#include "tst_edit_session.moc"
