@@ -1,6 +1,8 @@
 #include "MainController.h"
 #include "MainController_impl.h"
 
+#include "edit/edit_session_controller.h"
+
 #include "control/control_socket_server.h"
 #include "control/controller_operations.h"
 #include "control/playlist_item_operations.h"
@@ -75,6 +77,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->backgroundIoQueue = std::make_unique<BackgroundIoQueue>();
     d->transfer = std::make_unique<PlaylistTransfer>(d->model.get(), d->backgroundIoQueue.get(),
                                                     d->userInfoCenter.get(), d->options.previousSessionPath);
+    d->createEditSide();
 
     d->buildControllerWindow();
     d->bindPlaylistOperations();
@@ -291,7 +294,11 @@ void MainController::shutdown()
     d->transfer->savePreviousSession();
     if (d->programPlayout)
         d->programPlayout->shutdown();
+    if (d->editSession)
+        d->editSession->beginUnload(0);
     d->waitForShutdown();
+    // Whatever EDIT still stops, its stop thread owns.
+    d->editSession.reset();
 
     const bool confirmed = !d->dualDeckPlayer || d->dualDeckPlayer->isShutdownConfirmed();
     if (confirmed) {
@@ -338,7 +345,8 @@ void MainController::Impl::waitForShutdown()
     auto done = [this] {
         if (dualDeckPlayer)
             dualDeckPlayer->beginShutdown();
-        return backgroundIoQueue->isIdle() && (!dualDeckPlayer || dualDeckPlayer->isShutdownFinished());
+        return backgroundIoQueue->isIdle() && (!dualDeckPlayer || dualDeckPlayer->isShutdownFinished())
+               && (!editSession || !editSession->isUnloading());
     };
     QElapsedTimer elapsed;
     elapsed.start();

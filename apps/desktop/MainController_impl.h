@@ -28,6 +28,7 @@ class ControlSocketServer;
 class ControllerShortcuts;
 class ControllerVolumeInput;
 class DualDeckPlayer;
+class EditSessionController;
 class ImageAddDialog;
 class ItemSelection;
 class MediaImportQueue;
@@ -103,6 +104,9 @@ struct MainController::Impl {
     bool programPlayerAvailable = false;
     QString programPlayerError;
 
+    // The EDIT session, beside ON AIR.
+    std::unique_ptr<EditSessionController> editSession;
+
     // File work.
     std::unique_ptr<BackgroundIoQueue> backgroundIoQueue;
     std::unique_ptr<PlaylistTransfer> transfer;
@@ -150,6 +154,10 @@ struct MainController::Impl {
     void createKeyboard();
     void waitForShutdown();
     QString contextText() const;
+
+    // MainController_edit.cpp
+    void createEditSide();
+    void appendScanLog(const QString &line);
 
     // MainController_menus.cpp
     void buildControllerWindow();

@@ -4,6 +4,8 @@
 
 #include "MainController_impl.h"
 
+#include "edit/edit_session_controller.h"
+
 #include "control/controller_operations.h"
 #include "playlist/media_import_queue.h"
 #include "playlist/playlist_model.h"
@@ -108,8 +110,13 @@ bool MainController::Impl::applyBulkOperation(PlaylistBulkOperation operation)
         if (model->isLocked(id) || model->isPending(id))
             return false;
     }
+    // An item of this playlist in EDIT is unloaded first, without waiting:
+    // the operation runs again once EDIT has let it go.
+    if (editSession && model->editItemId() && model->playlistOf(model->editItemId()) == playlist
+        && editSession->loadedItemId() == model->editItemId()) {
+        return editSession->beginUnload(model->editItemId(), [this, operation] { applyBulkOperation(operation); });
+    }
     const PlaylistDocument before = model->snapshot();
-    // No EDIT session holds items yet; its unload joins here.
     if (model->editItemId() && model->playlistOf(model->editItemId()) == playlist)
         model->setEditItem(0);
     if (model->dskItemId() && model->playlistOf(model->dskItemId()) == playlist)
