@@ -30,6 +30,16 @@ void MainController::Impl::createEditSide()
     editOptions.scanLog = [this](const QString &line) { appendScanLog(line); };
     editSession = std::make_unique<EditSessionController>(model.get(), selection.data(), editOptions);
     bindEditOperations(operations.get(), editSession.get());
+    // The state query's EDIT fields: the item once it is loaded, and where
+    // EDIT stands in it.
+    using Field = ControlStateRegistry::Field;
+    controlState.setProvider(Field::EditItemId, editSession.get(), [session = editSession.get()] {
+        return session->isLoaded() ? QJsonValue(qint64(session->loadedItemId())) : QJsonValue();
+    });
+    controlState.setProvider(Field::EditPositionMs, editSession.get(), [session = editSession.get()] {
+        const qint64 position = session->isLoaded() ? session->positionMs() : -1;
+        return position >= 0 ? QJsonValue(position) : QJsonValue();
+    });
 
     // "selection" (0) loads what the operator selects at once; "button" (1)
     // waits for the EDIT button. Either way the load is an operation from

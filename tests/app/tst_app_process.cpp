@@ -130,12 +130,13 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return (first = field(app.state(), "positionMs")) >= 0; }, 10000));
         QVERIFY(QTest::qWaitFor([&] { return field(app.state(), "positionMs") > first + 200; }, 10000));
         // The fields the panels read follow the first eight, in this order;
-        // EDIT and PFL have no owner yet.
+        // the selected item is in EDIT too (it loads on selection), PFL has
+        // no owner yet.
         const QByteArray stateLine = app.ctl({"state"}).line;
         QVERIFY2(QRegularExpression(R"(^\{"selectedItemId":1,"onAirItemId":1,"cueItemId":[^,]+,"dskItemId":null,)"
                                     R"("bgmItemId":null,"currentDeck":[01],"positionMs":\d+,"remainingMs":\d+,)"
                                     R"("programPlaying":true,"ftbActive":false,"playbackRate":1(\.0)?,)"
-                                    R"("editItemId":null,"editPositionMs":null,"pflOn":null\}$)")
+                                    R"("editItemId":(null|1),"editPositionMs":(null|\d+),"pflOn":null\}$)")
                      .match(QString::fromUtf8(stateLine))
                      .hasMatch(),
                  stateLine.constData());
@@ -280,6 +281,53 @@ private slots:
         QCOMPARE(copy.settings.endMode, PlaylistEndMode::next);
         const QStringList log = app.logMessages();
         QVERIFY(!log.filter(QRegularExpression("^OP request id=\\d+ action=TransferItem .* source=Remote ")).isEmpty());
+        QCOMPARE(app.terminate(), 0);
+    }
+
+    // EDIT from outside: load the selected item, seek, set its points and end
+    // mode; the document and an export show them, and taken ON AIR the item
+    // plays from its In point and stops at its Out point.
+    void editOperationsOverTheSocket()
+    {
+        QTemporaryDir home;
+        const std::unique_ptr<AppProcess> owned = application(home);
+        AppProcess &app = *owned;
+        QVERIFY2(app.start(), qPrintable(app.console()));
+        QCOMPARE(app.ctl({"importPlaylist", showFile()}).line, QByteArray(R"({"ok":true})"));
+        auto status = [&app](const QString &request) {
+            return app.ctl({request}).object().value("status").toString();
+        };
+        QCOMPARE(status(R"({"action":"SelectItem","args":[{"uint64":"1"}]})"), QStringLiteral("Invoked"));
+        QCOMPARE(status(R"({"action":"EditLoadSelected"})"), QStringLiteral("Invoked"));
+        QVERIFY(QTest::qWaitFor([&] { return field(app.state(), "editItemId") == 1; }, 10000));
+        QCOMPARE(status(R"({"action":"EditSeek","args":[{"int64":"1200"}]})"), QStringLiteral("Invoked"));
+        QVERIFY(QTest::qWaitFor([&] { return qAbs(field(app.state(), "editPositionMs") - 1200) <= 40; }, 5000));
+        QCOMPARE(status(R"({"action":"EditInTime","args":[{"int64":"500"}]})"), QStringLiteral("Invoked"));
+        QCOMPARE(status(R"({"action":"EditOutTime","args":[{"int64":"1500"}]})"), QStringLiteral("Invoked"));
+        QCOMPARE(status(R"({"action":"EditOutTime","args":[{"int64":"400"}]})"), QStringLiteral("Rejected"));
+        QCOMPARE(status(R"({"action":"EditEndMode","args":[{"enum":"PlaylistEndMode","value":"stop"}]})"),
+                 QStringLiteral("Invoked"));
+
+        const QJsonObject playlists = app.ctl({R"({"query":"playlists"})"}).object();
+        const QJsonObject first =
+            playlists.value("playlists").toArray().at(0).toObject().value("items").toArray().at(0).toObject();
+        QCOMPARE(first.value("inPointMs").toInteger(), 500);
+        QCOMPARE(first.value("outPointMs").toInteger(), 1500);
+        QCOMPARE(first.value("endMode").toString(), QStringLiteral("stop"));
+        const QString exported = home.filePath("edited.json");
+        QCOMPARE(app.ctl({"exportPlaylist", exported}).line, QByteArray(R"({"ok":true})"));
+        QString error;
+        const std::optional<PlaylistDocument> document = readPlaylistFile(exported, &error);
+        QVERIFY2(document, qPrintable(error));
+        QCOMPARE(document->items.at(0).settings.inPointMs, qint64(500));
+        QCOMPARE(document->items.at(0).settings.outPointMs, std::optional<qint64>(1500));
+
+        // ON AIR: from the In point, OFF AIR at the Out point (end mode stop).
+        QCOMPARE(status(R"({"action":"TakeSelectedOnAir"})"), QStringLiteral("Invoked"));
+        qint64 first_position = -1;
+        QVERIFY(QTest::qWaitFor([&] { return (first_position = field(app.state(), "positionMs")) >= 0; }, 10000));
+        QVERIFY2(first_position >= 480 && first_position < 1500, qPrintable(QString::number(first_position)));
+        QVERIFY(QTest::qWaitFor([&] { return field(app.state(), "onAirItemId") == -1; }, 10000));
         QCOMPARE(app.terminate(), 0);
     }
 
