@@ -21,11 +21,11 @@ namespace tarnix {
 
 namespace {
 
-// No scaling but the letterbox into the surface's size; BGRx is what a
-// QImage paints without converting.
+// No scaling but the letterbox into the surface's size, on two threads so
+// that a scrub keeps up; BGRx is what a QImage paints without converting.
 constexpr char kVideoBin[] =
     "queue name=edit-video-input max-size-buffers=2 max-size-bytes=0 max-size-time=0 leaky=downstream ! "
-    "videoconvertscale add-borders=true ! "
+    "videoconvertscale add-borders=true n-threads=2 ! "
     "video/x-raw,format=BGRx,width=%1,height=%2,pixel-aspect-ratio=1/1 ! "
     "appsink name=edit-video-sink max-buffers=1 drop=true wait-on-eos=false sync=true qos=false "
     "enable-last-sample=false";
@@ -125,6 +125,8 @@ struct EditPlayer::Impl {
     std::shared_ptr<FrameSlot> frames;
     std::shared_ptr<AsyncFilePreparation> preparation;
     std::shared_ptr<AsyncPipelineStop> stop;
+    // A stop after a load that never started is not the operator's unload.
+    bool stopReported = true;
     bool loaded = false;
     QString errorText;
     bool offline = false;
@@ -156,7 +158,7 @@ struct EditPlayer::Impl {
     }
 
     bool build(QString *error);
-    void startUnload();
+    void startUnload(bool report = true);
 };
 
 bool EditPlayer::Impl::build(QString *error)
@@ -202,8 +204,9 @@ bool EditPlayer::Impl::build(QString *error)
     return true;
 }
 
-void EditPlayer::Impl::startUnload()
+void EditPlayer::Impl::startUnload(bool report)
 {
+    stopReported = report;
     if (preparation)
         preparation->cancel();
     dropElements();
@@ -264,7 +267,7 @@ EditPlayer::~EditPlayer()
 
 bool EditPlayer::load(const QString &path, qint64 inMs, QString *error)
 {
-    if (d->playbin || isUnloading()) {
+    if (d->playbin || hasUnloadToReport()) {
         if (error)
             *error = QStringLiteral("EDIT is busy loading or unloading.");
         return false;
@@ -276,7 +279,7 @@ bool EditPlayer::load(const QString &path, qint64 inMs, QString *error)
     if (!d->build(&buildError)) {
         if (error)
             *error = buildError;
-        d->startUnload();
+        d->startUnload(false);
         return false;
     }
     DeckSource request;
@@ -285,11 +288,14 @@ bool EditPlayer::load(const QString &path, qint64 inMs, QString *error)
     AsyncFilePreparation::Options prepare;
     prepare.timings.width = d->options.videoSize.width();
     prepare.timings.height = d->options.videoSize.height();
+    // The operator waits for this load: the worker looks at the state
+    // often rather than at the decks' pace.
+    prepare.timings.statePoll = d->options.loadStatePoll;
     d->preparation = AsyncFilePreparation::start(d->playbin, request, d->options.loadTimeout, prepare);
     if (!d->preparation) {
         if (error)
             *error = QStringLiteral("Could not start the EDIT load.");
-        d->startUnload();
+        d->startUnload(false);
         return false;
     }
     return true;
@@ -306,6 +312,7 @@ bool EditPlayer::unload()
 bool EditPlayer::isLoading() const { return d->preparation && !d->loaded; }
 bool EditPlayer::isLoaded() const { return d->loaded; }
 bool EditPlayer::isUnloading() const { return d->stop && !d->stop->isFinished(); }
+bool EditPlayer::hasUnloadToReport() const { return d->stop && d->stopReported; }
 QString EditPlayer::errorText() const { return d->errorText; }
 bool EditPlayer::offline() const { return d->offline; }
 
@@ -313,7 +320,8 @@ EditPlayer::Event EditPlayer::poll()
 {
     if (d->stop && d->stop->isFinished()) {
         d->stop.reset();
-        return Event::Unloaded;
+        if (d->stopReported)
+            return Event::Unloaded;
     }
     if (!d->playbin)
         return Event::None;
@@ -401,6 +409,16 @@ bool EditPlayer::setRate(double rate, qint64 positionMs)
         flags |= GST_SEEK_FLAG_TRICKMODE;
     return gst_element_seek(d->playbin, rate, GST_FORMAT_TIME, GstSeekFlags(flags), GST_SEEK_TYPE_SET,
                             positionMs * GST_MSECOND, GST_SEEK_TYPE_NONE, GST_CLOCK_TIME_NONE);
+}
+
+bool EditPlayer::stepForward(int frames)
+{
+    if (!d->loaded || frames <= 0)
+        return false;
+    // A step moves the paused video sink on by whole frames without a
+    // flush: no decoding again from the keyframe before.
+    return gst_element_send_event(d->playbin,
+                                  gst_event_new_step(GST_FORMAT_BUFFERS, guint64(frames), 1.0, TRUE, FALSE));
 }
 
 qint64 EditPlayer::positionMs() const

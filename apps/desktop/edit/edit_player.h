@@ -29,6 +29,8 @@ public:
         // Niceness of the streaming threads (0: as the process).
         int streamingNice = 5;
         std::chrono::milliseconds loadTimeout{10000};
+        // How often the load's worker looks at the pipeline's state.
+        std::chrono::milliseconds loadStatePoll{10};
         std::chrono::milliseconds nullConfirmationLimit{2000};
     };
 
@@ -57,6 +59,8 @@ public:
     bool isLoading() const;
     bool isLoaded() const;
     bool isUnloading() const;
+    // An unload was started and its Unloaded event has not been polled yet.
+    bool hasUnloadToReport() const;
 
     // Reads the bus and the workers; one event per call, None when nothing
     // happened. Call until None.
@@ -72,6 +76,8 @@ public:
     // A flushing seek from the position at the rate (2.0 fast-forward, 1.0
     // normal), with trick-mode flags above 1.
     bool setRate(double rate, qint64 positionMs);
+    // Moves the paused picture on by whole frames without a flush.
+    bool stepForward(int frames);
     // -1 when unknown.
     qint64 positionMs() const;
     qint64 durationMs() const;

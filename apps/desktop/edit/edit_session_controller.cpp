@@ -135,6 +135,7 @@ bool EditSessionController::Impl::loadFile(const PlaylistItem &loaded)
 void EditSessionController::Impl::finishUnload()
 {
     tickTimer.stop();
+    unloading = false;
     itemId = 0;
     itemName.clear();
     itemPath.clear();
@@ -477,7 +478,7 @@ void EditSessionController::setPanel(EditPanelView *panel)
 quint64 EditSessionController::loadedItemId() const { return d->itemId; }
 bool EditSessionController::isLoading() const { return d->loading; }
 bool EditSessionController::isLoaded() const { return d->player && d->player->isLoaded() && !d->loading; }
-bool EditSessionController::isUnloading() const { return d->player && d->player->isUnloading(); }
+bool EditSessionController::isUnloading() const { return d->unloading; }
 bool EditSessionController::playerUnavailable() const { return d->playerUnavailable; }
 QString EditSessionController::statusText() const { return d->statusText; }
 bool EditSessionController::statusIsError() const { return d->statusError; }
@@ -546,14 +547,15 @@ bool EditSessionController::beginUnload(quint64 itemId, std::function<void()> do
         return true;
     }
     d->afterUnload.push_back(std::move(done));
-    if (isUnloading())
+    if (d->unloading)
         return true;
     d->scanDirection = 0;
-    if (!d->player->unload()) {
+    if (!d->player->unload() && !d->player->hasUnloadToReport()) {
         d->afterUnload.pop_back();
         d->status(text("edit.error.unload", "Could not unload the item from EDIT."), true);
         return false;
     }
+    d->unloading = true;
     d->tickTimer.start();
     return true;
 }
@@ -689,9 +691,14 @@ void EditSessionController::stepFrames(qint32 frameCount)
     target = std::max<qint64>(0, duration > 0 ? std::min(target, duration) : target);
     // Kept as the base of the next step, so rapid steps add up without
     // waiting for this seek.
+    // Forward from where the player stands, a step needs no seek; a step
+    // back, or on from a target not reached yet, does.
+    const bool fromPlayer = !d->frameTarget && !d->seekTarget;
     d->frameTarget = target;
     d->seekTarget.reset();
-    if (!d->player->seek(target))
+    const bool moved = frameCount > 0 && fromPlayer && target < duration ? d->player->stepForward(frameCount)
+                                                                        : d->player->seek(target);
+    if (!moved)
         d->status(text("edit.error.seek", "EDIT seek failed."), true);
     if (d->panel)
         d->panel->showPlaying(false);

@@ -28,6 +28,8 @@ struct EditSessionController::Impl {
     QString itemName;
     QString itemPath;
     bool loading = false;
+    // From the unload's start until the session has taken in its end.
+    bool unloading = false;
     QTimer tickTimer;
     QElapsedTimer fallbackClock;
 
