@@ -1051,5 +1051,525 @@ Drag up or down to adjust</translation>
         <source>MASTER DELAY</source>
         <translation>MASTER DELAY</translation>
     </message>
+    <message id="edit.section.title">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="edit.media.none">
+        <source>No item loaded</source>
+        <translation>No item loaded</translation>
+    </message>
+    <message id="edit.transport.go_to_start">
+        <source>Go to start</source>
+        <translation>Go to start</translation>
+    </message>
+    <message id="edit.transport.go_to_in">
+        <source>Go to In point</source>
+        <translation>Go to In point</translation>
+    </message>
+    <message id="edit.transport.rewind">
+        <source>Hold to rewind</source>
+        <translation>Hold to rewind</translation>
+    </message>
+    <message id="edit.transport.pause">
+        <source>Pause EDIT</source>
+        <translation>Pause EDIT</translation>
+    </message>
+    <message id="edit.transport.play">
+        <source>Play EDIT</source>
+        <translation>Play EDIT</translation>
+    </message>
+    <message id="edit.transport.fast_forward">
+        <source>Hold to fast-forward</source>
+        <translation>Hold to fast-forward</translation>
+    </message>
+    <message id="edit.transport.go_to_out">
+        <source>Go to Out point</source>
+        <translation>Go to Out point</translation>
+    </message>
+    <message id="edit.transport.go_to_end">
+        <source>Go to end</source>
+        <translation>Go to end</translation>
+    </message>
+    <message id="edit.transport.frame_back">
+        <source>Step back one frame</source>
+        <translation>Step back one frame</translation>
+    </message>
+    <message id="edit.transport.frame_forward">
+        <source>Step forward one frame</source>
+        <translation>Step forward one frame</translation>
+    </message>
+    <message id="edit.timeline.name">
+        <source>EDIT timeline</source>
+        <translation>EDIT timeline</translation>
+    </message>
+    <message id="edit.timeline.tooltip">
+        <source>Click or drag to move the EDIT position</source>
+        <translation>Click or drag to move the EDIT position</translation>
+    </message>
+    <message id="edit.timeline.markers_none">
+        <source>In and Out markers are not set</source>
+        <translation>In and Out markers are not set</translation>
+    </message>
+    <message id="edit.timeline.markers_in">
+        <source>In marker: %1 ms; Out marker: not set; timeline before In is inactive</source>
+        <translation>In marker: %1 ms; Out marker: not set; timeline before In is inactive</translation>
+    </message>
+    <message id="edit.timeline.markers_in_out">
+        <source>In marker: %1 ms; Out marker: %2 ms; timeline before In and after Out is inactive</source>
+        <translation>In marker: %1 ms; Out marker: %2 ms; timeline before In and after Out is inactive</translation>
+    </message>
+    <message id="edit.points.set_in">
+        <source>SET IN</source>
+        <translation>SET IN</translation>
+    </message>
+    <message id="edit.points.set_out">
+        <source>SET OUT</source>
+        <translation>SET OUT</translation>
+    </message>
+    <message id="edit.points.set_in.tooltip">
+        <source>Save the current EDIT position as the selected item's In point</source>
+        <translation>Save the current EDIT position as the selected item's In point</translation>
+    </message>
+    <message id="edit.points.set_out.tooltip">
+        <source>Save the current EDIT position as the selected item's Out point</source>
+        <translation>Save the current EDIT position as the selected item's Out point</translation>
+    </message>
+    <message id="edit.points.in_field">
+        <source>In point</source>
+        <translation>In point</translation>
+    </message>
+    <message id="edit.points.out_field">
+        <source>Out point</source>
+        <translation>Out point</translation>
+    </message>
+    <message id="edit.points.in_field.tooltip">
+        <source>Enter the In point as HH:MM:SS.cc, then press Enter</source>
+        <translation>Enter the In point as HH:MM:SS.cc, then press Enter</translation>
+    </message>
+    <message id="edit.points.out_field.tooltip">
+        <source>Enter the Out point as HH:MM:SS.cc, then press Enter</source>
+        <translation>Enter the Out point as HH:MM:SS.cc, then press Enter</translation>
+    </message>
+    <message id="edit.points.in_default">
+        <source>In point is at the default 0 seconds</source>
+        <translation>In point is at the default 0 seconds</translation>
+    </message>
+    <message id="edit.points.in_custom">
+        <source>A custom In point is set</source>
+        <translation>A custom In point is set</translation>
+    </message>
+    <message id="edit.points.out_default">
+        <source>Out point is at the default media duration</source>
+        <translation>Out point is at the default media duration</translation>
+    </message>
+    <message id="edit.points.out_custom">
+        <source>A custom Out point is set</source>
+        <translation>A custom Out point is set</translation>
+    </message>
+    <message id="edit.start_mode.title">
+        <source>START MODE</source>
+        <translation>START MODE</translation>
+    </message>
+    <message id="edit.start_mode.pause">
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message id="edit.start_mode.pause.tooltip">
+        <source>Cue the item paused at the In point when it is taken ON AIR</source>
+        <translation>Cue the item paused at the In point when it is taken ON AIR</translation>
+    </message>
+    <message id="edit.start_mode.play">
+        <source>Play</source>
+        <translation>Play</translation>
+    </message>
+    <message id="edit.start_mode.play.tooltip">
+        <source>Play the item from the In point when it is taken ON AIR</source>
+        <translation>Play the item from the In point when it is taken ON AIR</translation>
+    </message>
+    <message id="edit.end_mode.title">
+        <source>END MODE</source>
+        <translation>END MODE</translation>
+    </message>
+    <message id="edit.end_mode.stop">
+        <source>Stop</source>
+        <translation>Stop</translation>
+    </message>
+    <message id="edit.end_mode.stop.tooltip">
+        <source>Switch OFF AIR at the Out point or end of media</source>
+        <translation>Switch OFF AIR at the Out point or end of media</translation>
+    </message>
+    <message id="edit.end_mode.pause">
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message id="edit.end_mode.pause.tooltip">
+        <source>Pause at the Out point or end of media</source>
+        <translation>Pause at the Out point or end of media</translation>
+    </message>
+    <message id="edit.end_mode.repeat">
+        <source>Repeat</source>
+        <translation>Repeat</translation>
+    </message>
+    <message id="edit.end_mode.repeat.tooltip">
+        <source>Return to the In point at the Out point or end of media, then repeat playback</source>
+        <translation>Return to the In point at the Out point or end of media, then repeat playback</translation>
+    </message>
+    <message id="edit.end_mode.next">
+        <source>Next</source>
+        <translation>Next</translation>
+    </message>
+    <message id="edit.end_mode.next.tooltip">
+        <source>At the Out point or end of media, take the next playlist item on air; wrap to item 1 and skip the current DSK item</source>
+        <translation>At the Out point or end of media, take the next playlist item on air; wrap to item 1 and skip the current DSK item</translation>
+    </message>
+    <message id="edit.end_mode.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.end_mode.goto.tooltip">
+        <source>At the Out point or end of media, take the selected destination playlist item on air</source>
+        <translation>At the Out point or end of media, take the selected destination playlist item on air</translation>
+    </message>
+    <message id="edit.goto.title">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.goto.placeholder">
+        <source>Select destination</source>
+        <translation>Select destination</translation>
+    </message>
+    <message id="edit.goto.accessible">
+        <source>GOTO destination</source>
+        <translation>GOTO destination</translation>
+    </message>
+    <message id="edit.goto.entry">
+        <source>P%1-%2  %3</source>
+        <translation>P%1-%2  %3</translation>
+    </message>
+    <message id="edit.goto.offline">
+        <source> [MEDIA OFFLINE]</source>
+        <translation> [MEDIA OFFLINE]</translation>
+    </message>
+    <message id="edit.repeat.count">
+        <source>Count</source>
+        <translation>Count</translation>
+    </message>
+    <message id="edit.repeat.count.tooltip">
+        <source>Set the total play count including the first play; infinity repeats without end</source>
+        <translation>Set the total play count including the first play; infinity repeats without end</translation>
+    </message>
+    <message id="edit.repeat.count.down">
+        <source>Fewer plays</source>
+        <translation>Fewer plays</translation>
+    </message>
+    <message id="edit.repeat.count.up">
+        <source>More plays</source>
+        <translation>More plays</translation>
+    </message>
+    <message id="edit.repeat.after">
+        <source>After Repeat</source>
+        <translation>After Repeat</translation>
+    </message>
+    <message id="edit.repeat.after.stop">
+        <source>Stop</source>
+        <translation>Stop</translation>
+    </message>
+    <message id="edit.repeat.after.pause">
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message id="edit.repeat.after.next">
+        <source>Next</source>
+        <translation>Next</translation>
+    </message>
+    <message id="edit.repeat.after.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.fade_in.title">
+        <source>Fade In</source>
+        <translation>Fade In</translation>
+    </message>
+    <message id="edit.fade_in.tooltip">
+        <source>Add a video and audio fade-in to the Start Mode action</source>
+        <translation>Add a video and audio fade-in to the Start Mode action</translation>
+    </message>
+    <message id="edit.fade_out.title">
+        <source>Fade Out</source>
+        <translation>Fade Out</translation>
+    </message>
+    <message id="edit.fade_out.tooltip">
+        <source>Fade out video and audio before the End Mode action</source>
+        <translation>Fade out video and audio before the End Mode action</translation>
+    </message>
+    <message id="edit.crossfade.title">
+        <source>Crossfade</source>
+        <translation>Crossfade</translation>
+    </message>
+    <message id="edit.crossfade.tooltip">
+        <source>Crossfade between ON AIR repeats, or when End Mode is Next or GOTO</source>
+        <translation>Crossfade between ON AIR repeats, or when End Mode is Next or GOTO</translation>
+    </message>
+    <message id="edit.fade.shorter">
+        <source>Shorter fade</source>
+        <translation>Shorter fade</translation>
+    </message>
+    <message id="edit.fade.longer">
+        <source>Longer fade</source>
+        <translation>Longer fade</translation>
+    </message>
+    <message id="edit.audio.nominal_volume">
+        <source>Nominal Volume</source>
+        <translation>Nominal Volume</translation>
+    </message>
+    <message id="edit.audio.input">
+        <source>IN</source>
+        <translation>IN</translation>
+    </message>
+    <message id="edit.audio.output">
+        <source>OUT</source>
+        <translation>OUT</translation>
+    </message>
+    <message id="edit.audio.input.tooltip">
+        <source>EDIT level before the nominal volume</source>
+        <translation>EDIT level before the nominal volume</translation>
+    </message>
+    <message id="edit.audio.output.tooltip">
+        <source>EDIT level after the nominal volume</source>
+        <translation>EDIT level after the nominal volume</translation>
+    </message>
+    <message id="edit.audio.delay">
+        <source>DELAY</source>
+        <translation>DELAY</translation>
+    </message>
+    <message id="edit.audio.eq">
+        <source>Nominal Item EQ</source>
+        <translation>Nominal Item EQ</translation>
+    </message>
+    <message id="edit.pfl.button">
+        <source>PFL %1</source>
+        <translation>PFL %1</translation>
+    </message>
+    <message id="edit.pfl.on">
+        <source>ON</source>
+        <translation>ON</translation>
+    </message>
+    <message id="edit.pfl.off">
+        <source>OFF</source>
+        <translation>OFF</translation>
+    </message>
+    <message id="edit.pfl.on.tooltip">
+        <source>PFL ON — listening before nominal volume.</source>
+        <translation>PFL ON — listening before nominal volume.</translation>
+    </message>
+    <message id="edit.pfl.off.tooltip">
+        <source>PFL OFF — listen before nominal volume.</source>
+        <translation>PFL OFF — listen before nominal volume.</translation>
+    </message>
+    <message id="edit.status_line.error">
+        <source>EDIT ERROR | %1</source>
+        <translation>EDIT ERROR | %1</translation>
+    </message>
+    <message id="edit.error.end_crossfade">
+        <source>Could not save the end crossfade settings.</source>
+        <translation>Could not save the end crossfade settings.</translation>
+    </message>
+    <message id="edit.error.end_mode">
+        <source>Could not save the End Mode.</source>
+        <translation>Could not save the End Mode.</translation>
+    </message>
+    <message id="edit.error.end_position">
+        <source>Could not determine the EDIT end position.</source>
+        <translation>Could not determine the EDIT end position.</translation>
+    </message>
+    <message id="edit.error.fade_in">
+        <source>Could not save the fade-in settings.</source>
+        <translation>Could not save the fade-in settings.</translation>
+    </message>
+    <message id="edit.error.fade_out">
+        <source>Could not save the fade-out settings.</source>
+        <translation>Could not save the fade-out settings.</translation>
+    </message>
+    <message id="edit.error.file_not_found">
+        <source>The file to load into EDIT could not be found.</source>
+        <translation>The file to load into EDIT could not be found.</translation>
+    </message>
+    <message id="edit.error.frame_position">
+        <source>Could not determine the EDIT frame position.</source>
+        <translation>Could not determine the EDIT frame position.</translation>
+    </message>
+    <message id="edit.error.go_to_in">
+        <source>Could not go to the EDIT In point.</source>
+        <translation>Could not go to the EDIT In point.</translation>
+    </message>
+    <message id="edit.error.go_to_out">
+        <source>Could not go to the EDIT Out point.</source>
+        <translation>Could not go to the EDIT Out point.</translation>
+    </message>
+    <message id="edit.error.goto">
+        <source>Could not save the GOTO destination.</source>
+        <translation>Could not save the GOTO destination.</translation>
+    </message>
+    <message id="edit.error.in_after_out">
+        <source>Set the In point before the Out point and the end of the media.</source>
+        <translation>Set the In point before the Out point and the end of the media.</translation>
+    </message>
+    <message id="edit.error.live_unavailable">
+        <source>Live items cannot be previewed in EDIT yet.</source>
+        <translation>Live items cannot be previewed in EDIT yet.</translation>
+    </message>
+    <message id="edit.error.load_failed">
+        <source>Failed to load the file into EDIT.</source>
+        <translation>Failed to load the file into EDIT.</translation>
+    </message>
+    <message id="edit.error.media_not_loaded">
+        <source>Load an item into EDIT before changing its In/Out points.</source>
+        <translation>Load an item into EDIT before changing its In/Out points.</translation>
+    </message>
+    <message id="edit.error.nominal_delay">
+        <source>Could not save the nominal delay.</source>
+        <translation>Could not save the nominal delay.</translation>
+    </message>
+    <message id="edit.error.nominal_eq">
+        <source>Could not save the nominal EQ.</source>
+        <translation>Could not save the nominal EQ.</translation>
+    </message>
+    <message id="edit.error.nominal_volume">
+        <source>Could not save the nominal volume.</source>
+        <translation>Could not save the nominal volume.</translation>
+    </message>
+    <message id="edit.error.out_before_in">
+        <source>Set the Out point after the In point.</source>
+        <translation>Set the Out point after the In point.</translation>
+    </message>
+    <message id="edit.error.pause">
+        <source>EDIT Pause failed.</source>
+        <translation>EDIT Pause failed.</translation>
+    </message>
+    <message id="edit.error.play">
+        <source>EDIT Play failed.</source>
+        <translation>EDIT Play failed.</translation>
+    </message>
+    <message id="edit.error.playback_stopped">
+        <source>Only EDIT playback was stopped</source>
+        <translation>Only EDIT playback was stopped</translation>
+    </message>
+    <message id="edit.error.player_create">
+        <source>Could not create the EDIT player (ON AIR will continue)</source>
+        <translation>Could not create the EDIT player (ON AIR will continue)</translation>
+    </message>
+    <message id="edit.error.player_unavailable">
+        <source>The EDIT player is unavailable (ON AIR will continue)</source>
+        <translation>The EDIT player is unavailable (ON AIR will continue)</translation>
+    </message>
+    <message id="edit.error.point_beyond_duration">
+        <source>Set the In/Out point within the media duration.</source>
+        <translation>Set the In/Out point within the media duration.</translation>
+    </message>
+    <message id="edit.error.point_save">
+        <source>Could not save the In/Out point.</source>
+        <translation>Could not save the In/Out point.</translation>
+    </message>
+    <message id="edit.error.points_bgm_active">
+        <source>The In/Out points of an item in use by BGM cannot be changed. Stop BGM first.</source>
+        <translation>The In/Out points of an item in use by BGM cannot be changed. Stop BGM first.</translation>
+    </message>
+    <message id="edit.error.points_file_only">
+        <source>In/Out points can only be changed for file sources.</source>
+        <translation>In/Out points can only be changed for file sources.</translation>
+    </message>
+    <message id="edit.error.points_locked">
+        <source>The In/Out points of an item currently on air cannot be changed.</source>
+        <translation>The In/Out points of an item currently on air cannot be changed.</translation>
+    </message>
+    <message id="edit.error.points_settings_locked">
+        <source>This item's settings are locked. Its In/Out points cannot be changed.</source>
+        <translation>This item's settings are locked. Its In/Out points cannot be changed.</translation>
+    </message>
+    <message id="edit.error.position_unknown">
+        <source>Could not determine the current EDIT position.</source>
+        <translation>Could not determine the current EDIT position.</translation>
+    </message>
+    <message id="edit.error.repeat">
+        <source>Could not save the repeat options.</source>
+        <translation>Could not save the repeat options.</translation>
+    </message>
+    <message id="edit.error.rewind_prepare">
+        <source>Failed to prepare EDIT for rewind.</source>
+        <translation>Failed to prepare EDIT for rewind.</translation>
+    </message>
+    <message id="edit.error.scan">
+        <source>EDIT scan failed.</source>
+        <translation>EDIT scan failed.</translation>
+    </message>
+    <message id="edit.error.scan_position">
+        <source>Could not determine the EDIT scan position.</source>
+        <translation>Could not determine the EDIT scan position.</translation>
+    </message>
+    <message id="edit.error.scan_restore">
+        <source>Failed to restore normal EDIT playback.</source>
+        <translation>Failed to restore normal EDIT playback.</translation>
+    </message>
+    <message id="edit.error.seek">
+        <source>EDIT seek failed.</source>
+        <translation>EDIT seek failed.</translation>
+    </message>
+    <message id="edit.error.start_mode">
+        <source>Could not save the Start Mode.</source>
+        <translation>Could not save the Start Mode.</translation>
+    </message>
+    <message id="edit.error.step_pause">
+        <source>Failed to pause EDIT for frame stepping.</source>
+        <translation>Failed to pause EDIT for frame stepping.</translation>
+    </message>
+    <message id="edit.error.stop">
+        <source>Failed to stop EDIT.</source>
+        <translation>Failed to stop EDIT.</translation>
+    </message>
+    <message id="edit.error.unload">
+        <source>Could not unload the item from EDIT.</source>
+        <translation>Could not unload the item from EDIT.</translation>
+    </message>
+    <message id="edit.status.fast_forward">
+        <source>Fast-forward</source>
+        <translation>Fast-forward</translation>
+    </message>
+    <message id="edit.status.fast_forward_stopped">
+        <source>Fast-forward stopped</source>
+        <translation>Fast-forward stopped</translation>
+    </message>
+    <message id="edit.status.go_to_end">
+        <source>Go to end</source>
+        <translation>Go to end</translation>
+    </message>
+    <message id="edit.status.go_to_in">
+        <source>Go to In point</source>
+        <translation>Go to In point</translation>
+    </message>
+    <message id="edit.status.go_to_out">
+        <source>Go to Out point</source>
+        <translation>Go to Out point</translation>
+    </message>
+    <message id="edit.status.go_to_start">
+        <source>Go to start</source>
+        <translation>Go to start</translation>
+    </message>
+    <message id="edit.status.idle">
+        <source>EDIT | Select an item, then click EDIT to load</source>
+        <translation>EDIT | Select an item, then click EDIT to load</translation>
+    </message>
+    <message id="edit.status.rewind">
+        <source>Rewind (position only)</source>
+        <translation>Rewind (position only)</translation>
+    </message>
+    <message id="edit.status.rewind_stopped">
+        <source>Rewind stopped</source>
+        <translation>Rewind stopped</translation>
+    </message>
+    <message id="edit.status.scan_boundary">
+        <source>Scan boundary</source>
+        <translation>Scan boundary</translation>
+    </message>
 </context>
 </TS>

@@ -1051,5 +1051,525 @@ Drag up or down to adjust</source>
         <source>MASTER DELAY</source>
         <translation>マスター ディレイ</translation>
     </message>
+    <message id="edit.section.title">
+        <source>EDIT</source>
+        <translation>EDIT</translation>
+    </message>
+    <message id="edit.media.none">
+        <source>No item loaded</source>
+        <translation>アイテムが読み込まれていません</translation>
+    </message>
+    <message id="edit.transport.go_to_start">
+        <source>Go to start</source>
+        <translation>先頭へ移動</translation>
+    </message>
+    <message id="edit.transport.go_to_in">
+        <source>Go to In point</source>
+        <translation>In 点へ移動</translation>
+    </message>
+    <message id="edit.transport.rewind">
+        <source>Hold to rewind</source>
+        <translation>押している間巻き戻し</translation>
+    </message>
+    <message id="edit.transport.pause">
+        <source>Pause EDIT</source>
+        <translation>EDIT を一時停止</translation>
+    </message>
+    <message id="edit.transport.play">
+        <source>Play EDIT</source>
+        <translation>EDIT を再生</translation>
+    </message>
+    <message id="edit.transport.fast_forward">
+        <source>Hold to fast-forward</source>
+        <translation>押している間早送り</translation>
+    </message>
+    <message id="edit.transport.go_to_out">
+        <source>Go to Out point</source>
+        <translation>Out 点へ移動</translation>
+    </message>
+    <message id="edit.transport.go_to_end">
+        <source>Go to end</source>
+        <translation>末尾へ移動</translation>
+    </message>
+    <message id="edit.transport.frame_back">
+        <source>Step back one frame</source>
+        <translation>1 フレーム戻る</translation>
+    </message>
+    <message id="edit.transport.frame_forward">
+        <source>Step forward one frame</source>
+        <translation>1 フレーム進む</translation>
+    </message>
+    <message id="edit.timeline.name">
+        <source>EDIT timeline</source>
+        <translation>EDIT タイムライン</translation>
+    </message>
+    <message id="edit.timeline.tooltip">
+        <source>Click or drag to move the EDIT position</source>
+        <translation>クリックまたはドラッグで EDIT の位置を移動します</translation>
+    </message>
+    <message id="edit.timeline.markers_none">
+        <source>In and Out markers are not set</source>
+        <translation>In/Out マーカーは設定されていません</translation>
+    </message>
+    <message id="edit.timeline.markers_in">
+        <source>In marker: %1 ms; Out marker: not set; timeline before In is inactive</source>
+        <translation>In マーカー: %1 ms、Out マーカー: 未設定、In より前のタイムラインは無効です</translation>
+    </message>
+    <message id="edit.timeline.markers_in_out">
+        <source>In marker: %1 ms; Out marker: %2 ms; timeline before In and after Out is inactive</source>
+        <translation>In マーカー: %1 ms、Out マーカー: %2 ms、In より前と Out より後のタイムラインは無効です</translation>
+    </message>
+    <message id="edit.points.set_in">
+        <source>SET IN</source>
+        <translation>IN 設定</translation>
+    </message>
+    <message id="edit.points.set_out">
+        <source>SET OUT</source>
+        <translation>OUT 設定</translation>
+    </message>
+    <message id="edit.points.set_in.tooltip">
+        <source>Save the current EDIT position as the selected item's In point</source>
+        <translation>現在の EDIT の位置を選択中のアイテムの In 点として保存します</translation>
+    </message>
+    <message id="edit.points.set_out.tooltip">
+        <source>Save the current EDIT position as the selected item's Out point</source>
+        <translation>現在の EDIT の位置を選択中のアイテムの Out 点として保存します</translation>
+    </message>
+    <message id="edit.points.in_field">
+        <source>In point</source>
+        <translation>In 点</translation>
+    </message>
+    <message id="edit.points.out_field">
+        <source>Out point</source>
+        <translation>Out 点</translation>
+    </message>
+    <message id="edit.points.in_field.tooltip">
+        <source>Enter the In point as HH:MM:SS.cc, then press Enter</source>
+        <translation>In 点を HH:MM:SS.cc の形で入力し、Enter キーを押してください</translation>
+    </message>
+    <message id="edit.points.out_field.tooltip">
+        <source>Enter the Out point as HH:MM:SS.cc, then press Enter</source>
+        <translation>Out 点を HH:MM:SS.cc の形で入力し、Enter キーを押してください</translation>
+    </message>
+    <message id="edit.points.in_default">
+        <source>In point is at the default 0 seconds</source>
+        <translation>In 点は既定の 0 秒です</translation>
+    </message>
+    <message id="edit.points.in_custom">
+        <source>A custom In point is set</source>
+        <translation>In 点が設定されています</translation>
+    </message>
+    <message id="edit.points.out_default">
+        <source>Out point is at the default media duration</source>
+        <translation>Out 点は既定のメディアの長さです</translation>
+    </message>
+    <message id="edit.points.out_custom">
+        <source>A custom Out point is set</source>
+        <translation>Out 点が設定されています</translation>
+    </message>
+    <message id="edit.start_mode.title">
+        <source>START MODE</source>
+        <translation>開始モード</translation>
+    </message>
+    <message id="edit.start_mode.pause">
+        <source>Pause</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="edit.start_mode.pause.tooltip">
+        <source>Cue the item paused at the In point when it is taken ON AIR</source>
+        <translation>ON AIR にしたとき In 点で一時停止して待機します</translation>
+    </message>
+    <message id="edit.start_mode.play">
+        <source>Play</source>
+        <translation>再生</translation>
+    </message>
+    <message id="edit.start_mode.play.tooltip">
+        <source>Play the item from the In point when it is taken ON AIR</source>
+        <translation>ON AIR にしたとき In 点から再生します</translation>
+    </message>
+    <message id="edit.end_mode.title">
+        <source>END MODE</source>
+        <translation>終了モード</translation>
+    </message>
+    <message id="edit.end_mode.stop">
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message id="edit.end_mode.stop.tooltip">
+        <source>Switch OFF AIR at the Out point or end of media</source>
+        <translation>Out 点またはメディアの終わりで OFF AIR にします</translation>
+    </message>
+    <message id="edit.end_mode.pause">
+        <source>Pause</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="edit.end_mode.pause.tooltip">
+        <source>Pause at the Out point or end of media</source>
+        <translation>Out 点またはメディアの終わりで一時停止します</translation>
+    </message>
+    <message id="edit.end_mode.repeat">
+        <source>Repeat</source>
+        <translation>リピート</translation>
+    </message>
+    <message id="edit.end_mode.repeat.tooltip">
+        <source>Return to the In point at the Out point or end of media, then repeat playback</source>
+        <translation>Out 点またはメディアの終わりで In 点に戻り、再生を繰り返します</translation>
+    </message>
+    <message id="edit.end_mode.next">
+        <source>Next</source>
+        <translation>次へ</translation>
+    </message>
+    <message id="edit.end_mode.next.tooltip">
+        <source>At the Out point or end of media, take the next playlist item on air; wrap to item 1 and skip the current DSK item</source>
+        <translation>Out 点またはメディアの終わりで次のプレイリストアイテムを ON AIR にします。最後の次は 1 番目に戻り、現在の DSK アイテムは飛ばします</translation>
+    </message>
+    <message id="edit.end_mode.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.end_mode.goto.tooltip">
+        <source>At the Out point or end of media, take the selected destination playlist item on air</source>
+        <translation>Out 点またはメディアの終わりで、選んだ移動先のプレイリストアイテムを ON AIR にします</translation>
+    </message>
+    <message id="edit.goto.title">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.goto.placeholder">
+        <source>Select destination</source>
+        <translation>移動先を選択</translation>
+    </message>
+    <message id="edit.goto.accessible">
+        <source>GOTO destination</source>
+        <translation>GOTO の移動先</translation>
+    </message>
+    <message id="edit.goto.entry">
+        <source>P%1-%2  %3</source>
+        <translation>P%1-%2  %3</translation>
+    </message>
+    <message id="edit.goto.offline">
+        <source> [MEDIA OFFLINE]</source>
+        <translation> [メディアオフライン]</translation>
+    </message>
+    <message id="edit.repeat.count">
+        <source>Count</source>
+        <translation>回数</translation>
+    </message>
+    <message id="edit.repeat.count.tooltip">
+        <source>Set the total play count including the first play; infinity repeats without end</source>
+        <translation>最初の再生を含めた合計の再生回数を設定します。∞ は終わりなく繰り返します</translation>
+    </message>
+    <message id="edit.repeat.count.down">
+        <source>Fewer plays</source>
+        <translation>再生回数を減らす</translation>
+    </message>
+    <message id="edit.repeat.count.up">
+        <source>More plays</source>
+        <translation>再生回数を増やす</translation>
+    </message>
+    <message id="edit.repeat.after">
+        <source>After Repeat</source>
+        <translation>リピート後</translation>
+    </message>
+    <message id="edit.repeat.after.stop">
+        <source>Stop</source>
+        <translation>停止</translation>
+    </message>
+    <message id="edit.repeat.after.pause">
+        <source>Pause</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="edit.repeat.after.next">
+        <source>Next</source>
+        <translation>次へ</translation>
+    </message>
+    <message id="edit.repeat.after.goto">
+        <source>GOTO</source>
+        <translation>GOTO</translation>
+    </message>
+    <message id="edit.fade_in.title">
+        <source>Fade In</source>
+        <translation>フェードイン</translation>
+    </message>
+    <message id="edit.fade_in.tooltip">
+        <source>Add a video and audio fade-in to the Start Mode action</source>
+        <translation>開始モードの動作に映像と音声のフェードインを加えます</translation>
+    </message>
+    <message id="edit.fade_out.title">
+        <source>Fade Out</source>
+        <translation>フェードアウト</translation>
+    </message>
+    <message id="edit.fade_out.tooltip">
+        <source>Fade out video and audio before the End Mode action</source>
+        <translation>終了モードの動作の前に映像と音声をフェードアウトします</translation>
+    </message>
+    <message id="edit.crossfade.title">
+        <source>Crossfade</source>
+        <translation>クロスフェード</translation>
+    </message>
+    <message id="edit.crossfade.tooltip">
+        <source>Crossfade between ON AIR repeats, or when End Mode is Next or GOTO</source>
+        <translation>ON AIR のリピートの間、または終了モードが次へか GOTO のときにクロスフェードします</translation>
+    </message>
+    <message id="edit.fade.shorter">
+        <source>Shorter fade</source>
+        <translation>フェードを短く</translation>
+    </message>
+    <message id="edit.fade.longer">
+        <source>Longer fade</source>
+        <translation>フェードを長く</translation>
+    </message>
+    <message id="edit.audio.nominal_volume">
+        <source>Nominal Volume</source>
+        <translation>基準音量</translation>
+    </message>
+    <message id="edit.audio.input">
+        <source>IN</source>
+        <translation>入力</translation>
+    </message>
+    <message id="edit.audio.output">
+        <source>OUT</source>
+        <translation>出力</translation>
+    </message>
+    <message id="edit.audio.input.tooltip">
+        <source>EDIT level before the nominal volume</source>
+        <translation>基準音量の前の EDIT レベル</translation>
+    </message>
+    <message id="edit.audio.output.tooltip">
+        <source>EDIT level after the nominal volume</source>
+        <translation>基準音量の後の EDIT レベル</translation>
+    </message>
+    <message id="edit.audio.delay">
+        <source>DELAY</source>
+        <translation>ディレイ</translation>
+    </message>
+    <message id="edit.audio.eq">
+        <source>Nominal Item EQ</source>
+        <translation>アイテム基準 EQ</translation>
+    </message>
+    <message id="edit.pfl.button">
+        <source>PFL %1</source>
+        <translation>PFL %1</translation>
+    </message>
+    <message id="edit.pfl.on">
+        <source>ON</source>
+        <translation>ON</translation>
+    </message>
+    <message id="edit.pfl.off">
+        <source>OFF</source>
+        <translation>OFF</translation>
+    </message>
+    <message id="edit.pfl.on.tooltip">
+        <source>PFL ON — listening before nominal volume.</source>
+        <translation>PFL ON — 基準音量の前を試聴しています。</translation>
+    </message>
+    <message id="edit.pfl.off.tooltip">
+        <source>PFL OFF — listen before nominal volume.</source>
+        <translation>PFL OFF — 基準音量の前を試聴します。</translation>
+    </message>
+    <message id="edit.status_line.error">
+        <source>EDIT ERROR | %1</source>
+        <translation>EDIT エラー | %1</translation>
+    </message>
+    <message id="edit.error.end_crossfade">
+        <source>Could not save the end crossfade settings.</source>
+        <translation>エンドクロスフェードの設定を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.end_mode">
+        <source>Could not save the End Mode.</source>
+        <translation>終了モードを保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.end_position">
+        <source>Could not determine the EDIT end position.</source>
+        <translation>EDITの終了位置を取得できませんでした。</translation>
+    </message>
+    <message id="edit.error.fade_in">
+        <source>Could not save the fade-in settings.</source>
+        <translation>フェードインの設定を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.fade_out">
+        <source>Could not save the fade-out settings.</source>
+        <translation>フェードアウトの設定を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.file_not_found">
+        <source>The file to load into EDIT could not be found.</source>
+        <translation>EDITに読み込むファイルが見つかりませんでした。</translation>
+    </message>
+    <message id="edit.error.frame_position">
+        <source>Could not determine the EDIT frame position.</source>
+        <translation>EDITのフレーム位置を取得できませんでした。</translation>
+    </message>
+    <message id="edit.error.go_to_in">
+        <source>Could not go to the EDIT In point.</source>
+        <translation>EDITのIN点へ移動できませんでした。</translation>
+    </message>
+    <message id="edit.error.go_to_out">
+        <source>Could not go to the EDIT Out point.</source>
+        <translation>EDITのOUT点へ移動できませんでした。</translation>
+    </message>
+    <message id="edit.error.goto">
+        <source>Could not save the GOTO destination.</source>
+        <translation>GOTO先を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.in_after_out">
+        <source>Set the In point before the Out point and the end of the media.</source>
+        <translation>IN点はOUT点とメディアの終端より前に設定してください。</translation>
+    </message>
+    <message id="edit.error.live_unavailable">
+        <source>Live items cannot be previewed in EDIT yet.</source>
+        <translation>ライブ項目はまだEDITでプレビューできません。</translation>
+    </message>
+    <message id="edit.error.load_failed">
+        <source>Failed to load the file into EDIT.</source>
+        <translation>EDITへのファイルの読み込みに失敗しました。</translation>
+    </message>
+    <message id="edit.error.media_not_loaded">
+        <source>Load an item into EDIT before changing its In/Out points.</source>
+        <translation>IN/OUT点を変更する前に項目をEDITに読み込んでください。</translation>
+    </message>
+    <message id="edit.error.nominal_delay">
+        <source>Could not save the nominal delay.</source>
+        <translation>ノミナルディレイを保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.nominal_eq">
+        <source>Could not save the nominal EQ.</source>
+        <translation>ノミナルEQを保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.nominal_volume">
+        <source>Could not save the nominal volume.</source>
+        <translation>ノミナル音量を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.out_before_in">
+        <source>Set the Out point after the In point.</source>
+        <translation>OUT点はIN点より後に設定してください。</translation>
+    </message>
+    <message id="edit.error.pause">
+        <source>EDIT Pause failed.</source>
+        <translation>EDITの一時停止に失敗しました。</translation>
+    </message>
+    <message id="edit.error.play">
+        <source>EDIT Play failed.</source>
+        <translation>EDITの再生に失敗しました。</translation>
+    </message>
+    <message id="edit.error.playback_stopped">
+        <source>Only EDIT playback was stopped</source>
+        <translation>EDITの再生のみ停止しました</translation>
+    </message>
+    <message id="edit.error.player_create">
+        <source>Could not create the EDIT player (ON AIR will continue)</source>
+        <translation>EDITプレーヤーを作成できませんでした（ON AIRは継続します）</translation>
+    </message>
+    <message id="edit.error.player_unavailable">
+        <source>The EDIT player is unavailable (ON AIR will continue)</source>
+        <translation>EDITプレーヤーは使用できません（ON AIRは継続します）</translation>
+    </message>
+    <message id="edit.error.point_beyond_duration">
+        <source>Set the In/Out point within the media duration.</source>
+        <translation>IN/OUT点はメディアの長さの範囲内で設定してください。</translation>
+    </message>
+    <message id="edit.error.point_save">
+        <source>Could not save the In/Out point.</source>
+        <translation>IN/OUT点を保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.points_bgm_active">
+        <source>The In/Out points of an item in use by BGM cannot be changed. Stop BGM first.</source>
+        <translation>BGMで使用中の項目のIN/OUT点は変更できません。先にBGMを停止してください。</translation>
+    </message>
+    <message id="edit.error.points_file_only">
+        <source>In/Out points can only be changed for file sources.</source>
+        <translation>IN/OUT点はファイルソースでのみ変更できます。</translation>
+    </message>
+    <message id="edit.error.points_locked">
+        <source>The In/Out points of an item currently on air cannot be changed.</source>
+        <translation>ON AIR中の項目のIN/OUT点は変更できません。</translation>
+    </message>
+    <message id="edit.error.points_settings_locked">
+        <source>This item's settings are locked. Its In/Out points cannot be changed.</source>
+        <translation>この項目の設定はロックされています。IN/OUT点は変更できません。</translation>
+    </message>
+    <message id="edit.error.position_unknown">
+        <source>Could not determine the current EDIT position.</source>
+        <translation>EDITの現在位置を取得できませんでした。</translation>
+    </message>
+    <message id="edit.error.repeat">
+        <source>Could not save the repeat options.</source>
+        <translation>リピートオプションを保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.rewind_prepare">
+        <source>Failed to prepare EDIT for rewind.</source>
+        <translation>EDITの巻き戻しの準備に失敗しました。</translation>
+    </message>
+    <message id="edit.error.scan">
+        <source>EDIT scan failed.</source>
+        <translation>EDITのスキャンに失敗しました。</translation>
+    </message>
+    <message id="edit.error.scan_position">
+        <source>Could not determine the EDIT scan position.</source>
+        <translation>EDITのスキャン位置を取得できませんでした。</translation>
+    </message>
+    <message id="edit.error.scan_restore">
+        <source>Failed to restore normal EDIT playback.</source>
+        <translation>EDITの通常再生に戻せませんでした。</translation>
+    </message>
+    <message id="edit.error.seek">
+        <source>EDIT seek failed.</source>
+        <translation>EDITのシークに失敗しました。</translation>
+    </message>
+    <message id="edit.error.start_mode">
+        <source>Could not save the Start Mode.</source>
+        <translation>開始モードを保存できませんでした。</translation>
+    </message>
+    <message id="edit.error.step_pause">
+        <source>Failed to pause EDIT for frame stepping.</source>
+        <translation>コマ送りのためのEDITの一時停止に失敗しました。</translation>
+    </message>
+    <message id="edit.error.stop">
+        <source>Failed to stop EDIT.</source>
+        <translation>EDITの停止に失敗しました。</translation>
+    </message>
+    <message id="edit.error.unload">
+        <source>Could not unload the item from EDIT.</source>
+        <translation>EDITから項目を取り出せませんでした。</translation>
+    </message>
+    <message id="edit.status.fast_forward">
+        <source>Fast-forward</source>
+        <translation>早送り</translation>
+    </message>
+    <message id="edit.status.fast_forward_stopped">
+        <source>Fast-forward stopped</source>
+        <translation>早送りを停止しました</translation>
+    </message>
+    <message id="edit.status.go_to_end">
+        <source>Go to end</source>
+        <translation>終端へ移動</translation>
+    </message>
+    <message id="edit.status.go_to_in">
+        <source>Go to In point</source>
+        <translation>IN点へ移動</translation>
+    </message>
+    <message id="edit.status.go_to_out">
+        <source>Go to Out point</source>
+        <translation>OUT点へ移動</translation>
+    </message>
+    <message id="edit.status.go_to_start">
+        <source>Go to start</source>
+        <translation>先頭へ移動</translation>
+    </message>
+    <message id="edit.status.idle">
+        <source>EDIT | Select an item, then click EDIT to load</source>
+        <translation>EDIT | 項目を選択し、EDITをクリックして読み込みます</translation>
+    </message>
+    <message id="edit.status.rewind">
+        <source>Rewind (position only)</source>
+        <translation>巻き戻し（位置のみ）</translation>
+    </message>
+    <message id="edit.status.rewind_stopped">
+        <source>Rewind stopped</source>
+        <translation>巻き戻しを停止しました</translation>
+    </message>
+    <message id="edit.status.scan_boundary">
+        <source>Scan boundary</source>
+        <translation>スキャン境界</translation>
+    </message>
 </context>
 </TS>
