@@ -2,6 +2,7 @@
 #include "MainController_impl.h"
 
 #include "edit/edit_session_controller.h"
+#include "ui/edit_panel.h"
 
 #include "control/control_socket_server.h"
 #include "control/controller_operations.h"
@@ -123,6 +124,7 @@ void MainController::Impl::createSelection()
         playlistPanel = panel;
         selection = panel->selection();
         programPanel = new ProgramPanel(model.get(), operations.get(), controllerWindow);
+        editPanel = new EditPanel(controllerWindow);
         return;
     }
     headlessSelection = std::make_unique<SelectionHolder>(model.get(), operations.get());
@@ -325,6 +327,7 @@ void MainController::shutdown()
     d->selection = nullptr;
     delete d->playlistPanel.data();
     delete d->programPanel.data();
+    delete d->editPanel.data();
     d->headlessSelection.reset();
     d->itemOperations.reset();
     d->thumbnails.reset();

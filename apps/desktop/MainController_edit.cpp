@@ -11,6 +11,7 @@
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
+#include "ui/edit_panel.h"
 #include "ui/playlist_panel.h"
 
 #include <QDir>
@@ -30,6 +31,8 @@ void MainController::Impl::createEditSide()
     editOptions.scanLog = [this](const QString &line) { appendScanLog(line); };
     editSession = std::make_unique<EditSessionController>(model.get(), selection.data(), editOptions);
     bindEditOperations(operations.get(), editSession.get());
+    if (editPanel)
+        editSession->setPanel(editPanel->view());
     // The state query's EDIT fields: the item once it is loaded, and where
     // EDIT stands in it.
     using Field = ControlStateRegistry::Field;

@@ -28,6 +28,7 @@ class ControlSocketServer;
 class ControllerShortcuts;
 class ControllerVolumeInput;
 class DualDeckPlayer;
+class EditPanel;
 class EditSessionController;
 class ImageAddDialog;
 class ItemSelection;
@@ -104,8 +105,9 @@ struct MainController::Impl {
     bool programPlayerAvailable = false;
     QString programPlayerError;
 
-    // The EDIT session, beside ON AIR.
+    // The EDIT session, beside ON AIR, and its panel in the controller window.
     std::unique_ptr<EditSessionController> editSession;
+    QPointer<EditPanel> editPanel;
 
     // File work.
     std::unique_ptr<BackgroundIoQueue> backgroundIoQueue;

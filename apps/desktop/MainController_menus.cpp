@@ -12,6 +12,7 @@
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_bar.h"
+#include "ui/edit_panel.h"
 #include "ui/playlist_panel.h"
 #include "ui/program_panel.h"
 #include "ui/view_menu_controller.h"
@@ -19,16 +20,65 @@
 #include <QAction>
 #include <QDateTime>
 #include <QDir>
+#include <QEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScrollArea>
+#include <QSplitter>
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include <algorithm>
+
 namespace tarnix {
+
+namespace {
+
+// Shares the right column between EDIT and ON AIR as the window gets its
+// size: ON AIR whole when the column holds it (it is what goes out), EDIT
+// the rest, but never less than its picture and transport need. Once the
+// operator moves the handle, their split stands.
+class RightColumnSizer : public QObject
+{
+public:
+    RightColumnSizer(QSplitter *splitter, QScrollArea *edit, QScrollArea *program)
+        : QObject(splitter), m_splitter(splitter), m_edit(edit), m_program(program)
+    {
+        splitter->installEventFilter(this);
+        connect(splitter, &QSplitter::splitterMoved, this, [this] { m_operatorSplit = true; });
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Resize && !m_operatorSplit)
+            share();
+        return false;
+    }
+
+private:
+    void share()
+    {
+        const int column = m_splitter->height() - m_splitter->handleWidth();
+        if (column <= 0 || !m_edit->isVisible() || !m_program->isVisible() || !m_program->widget())
+            return;
+        const int wanted = m_program->widget()->minimumSizeHint().height();
+        constexpr int kEditAtLeast = 200;
+        const int program = std::clamp(wanted, column / 2, std::max(column / 2, column - kEditAtLeast));
+        m_splitter->setSizes({column - program, program});
+    }
+
+    QSplitter *m_splitter;
+    QScrollArea *m_edit;
+    QScrollArea *m_program;
+    bool m_operatorSplit = false;
+};
+
+} // namespace
+
 
 namespace {
 
@@ -151,23 +201,46 @@ void MainController::Impl::buildControllerWindow()
     columns->addWidget(woodTrim());
     if (playlistPanel)
         columns->addWidget(playlistPanel, 4);
-    auto *right = new QVBoxLayout;
-    editPanelPlace = new QWidget(body);
+    // EDIT above ON AIR, split so the operator can give either the room.
+    // ON AIR takes what it needs first; EDIT has the rest. On a screen too
+    // short for both whole, a panel squeezed below its size scrolls rather
+    // than have its controls drawn over each other.
+    auto *right = new QSplitter(Qt::Vertical, body);
+    right->setObjectName(QStringLiteral("controllerRightSplitter"));
+    right->setChildrenCollapsible(false);
+    auto scrolled = [right](QWidget *place, const char *name) {
+        auto *scroll = new QScrollArea(right);
+        scroll->setObjectName(QString::fromLatin1(name));
+        scroll->setFrameShape(QFrame::NoFrame);
+        scroll->setWidgetResizable(true);
+        scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        scroll->setWidget(place);
+        right->addWidget(scroll);
+        return scroll;
+    };
+    editPanelPlace = new QWidget;
     editPanelPlace->setObjectName(QStringLiteral("editPanelPlace"));
-    editPanelPlace->hide();
-    programPanelPlace = new QWidget(body);
+    if (editPanel) {
+        auto *place = new QVBoxLayout(editPanelPlace);
+        place->setContentsMargins(0, 0, 0, 0);
+        place->addWidget(editPanel);
+    }
+    programPanelPlace = new QWidget;
     programPanelPlace->setObjectName(QStringLiteral("programPanelPlace"));
     if (programPanel) {
         auto *place = new QVBoxLayout(programPanelPlace);
         place->setContentsMargins(0, 0, 0, 0);
         place->addWidget(programPanel);
-    } else {
-        programPanelPlace->hide();
     }
-    right->addWidget(editPanelPlace, 1);
-    right->addWidget(programPanelPlace, 1);
+    QScrollArea *editScroll = scrolled(editPanelPlace, "editPanelScroll");
+    QScrollArea *programScroll = scrolled(programPanelPlace, "programPanelScroll");
+    editScroll->setVisible(bool(editPanel));
+    programScroll->setVisible(bool(programPanel));
+    right->setStretchFactor(0, 1);
+    right->setStretchFactor(1, 0);
+    new RightColumnSizer(right, editScroll, programScroll);
     // Empty places take no room until their panels arrive.
-    columns->addLayout(right, programPanel ? 5 : 0);
+    columns->addWidget(right, programPanel ? 5 : 0);
     columns->addWidget(woodTrim());
     layout->addWidget(body, 1);
     auto *info = new UserInfoBar(userInfoCenter.get(), window);

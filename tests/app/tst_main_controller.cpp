@@ -5,6 +5,7 @@
 #include "kit/item_request.h"
 #include "MainController.h"
 
+#include "control/control_state_registry.h"
 #include "control/controller_operations.h"
 #include "control/operation_source.h"
 #include "playlist/playlist_document.h"
@@ -249,6 +250,35 @@ private slots:
             // The FTB button is only a button: the operation stays for keys
             // and automation.
             QVERIFY(rig.ops().hasHandler(Ops::ToggleFtb));
+        }
+        qApp->setProperty("tarnix.settingsFile", QVariant());
+    }
+
+    // The EDIT panel stands in the controller window, driven by the EDIT
+    // session: an operator's selection loads the item at once, unless the
+    // operator chose to load with the EDIT button only.
+    void editLoadsAsTheOperatorChose()
+    {
+        QTemporaryDir settingsDir;
+        qApp->setProperty("tarnix.settingsFile", settingsDir.filePath("tarnix.ini"));
+        const QString clip = QStringLiteral(TARNIX_TEST_MEDIA_DIR "/h264-aac-3s.mp4");
+        {
+            Rig rig;
+            QVERIFY(rig.controllerWindow->findChild<QWidget *>("editPanelPlace")->findChild<QWidget *>("edit-video-surface"));
+            const quint64 id = rig.model().addItems({testkit::ItemRequest(clip)}).value(0);
+            QCOMPARE(rig.ops().invoke(Ops::SelectItem, id).status, Ops::Invoked);
+            QCOMPARE(rig.model().editItemId(), id);
+            QTRY_VERIFY_WITH_TIMEOUT(rig.controller->controlState()->value(ControlStateRegistry::Field::EditItemId).toInteger() == qint64(id), 10000);
+        }
+        QVERIFY(writeSetting("playlist/editActivationMode", 1));
+        {
+            Rig rig;
+            const quint64 id = rig.model().addItems({testkit::ItemRequest(clip)}).value(0);
+            QCOMPARE(rig.ops().invoke(Ops::SelectItem, id).status, Ops::Invoked);
+            // A load on selection marks the item at once, in the same call.
+            QCOMPARE(rig.model().editItemId(), quint64(0));
+            rig.controllerWindow->findChild<QPushButton *>("playlistEditButton")->click();
+            QTRY_COMPARE_WITH_TIMEOUT(rig.model().editItemId(), id, 10000);
         }
         qApp->setProperty("tarnix.settingsFile", QVariant());
     }

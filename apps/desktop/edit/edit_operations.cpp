@@ -3,6 +3,8 @@
 #include "control/controller_operations.h"
 #include "edit/edit_session_controller.h"
 
+#include <algorithm>
+
 namespace tarnix {
 
 using Ops = ControllerOperations;
@@ -77,6 +79,21 @@ void bindEditOperations(ControllerOperations *ops, EditSessionController *sessio
     ops->bind<>(Ops::EditToggleStartMode, session, [session, run] { return run([session] { session->toggleStartMode(); }); });
     ops->bind<>(Ops::EditToggleFadeOut, session, [session, run] { return run([session] { session->toggleFadeOut(); }); });
     ops->bind<>(Ops::EditReset, session, [session] { session->resetEditor(); });
+
+    // The loaded item's nominal volume, in tenths of a dB from off (-96 dB)
+    // to +6 dB, as the panel's fader has it.
+    static constexpr int kVolumeOff = -960;
+    static constexpr int kVolumeTop = 60;
+    auto setVolume = [session, run](int tenths) {
+        return session->loadedItemId()
+               && run([&] { session->setNominalVolume(std::clamp(tenths, kVolumeOff, kVolumeTop)); });
+    };
+    ops->bind<int>(Ops::SetEditVolume, session, setVolume);
+    ops->bind<int>(Ops::AdjustEditVolume, session, [session, setVolume](int delta) {
+        const std::optional<qint32> current = session->nominalVolumeTenthsDb();
+        return current && setVolume(*current + delta);
+    });
+    ops->bind<>(Ops::ResetEditVolume, session, [setVolume] { return setVolume(0); });
 }
 
 } // namespace tarnix

@@ -334,6 +334,8 @@ EditPlayer::Event EditPlayer::poll()
             return Event::LoadFailed;
         }
         d->loaded = true;
+        // What the preroll measured is not sound the operator hears.
+        std::fill(std::begin(d->levels), std::end(d->levels), kLevelFloorDb);
         return Event::Loaded;
     }
     if (!d->loaded || !d->bus)
@@ -377,7 +379,11 @@ bool EditPlayer::play()
 
 bool EditPlayer::pause()
 {
-    return d->loaded && gst_element_set_state(d->playbin, GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE;
+    if (!d->loaded || gst_element_set_state(d->playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE)
+        return false;
+    // No readings come while paused: the meters fall to silence.
+    std::fill(std::begin(d->levels), std::end(d->levels), kLevelFloorDb);
+    return true;
 }
 
 bool EditPlayer::isPlaying() const

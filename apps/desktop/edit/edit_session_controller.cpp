@@ -91,6 +91,36 @@ void EditSessionController::Impl::syncPanel()
     showPosition();
 }
 
+// Every item of every playlist, in tab and row order; the loaded item and
+// items still being analysed cannot be chosen.
+void EditSessionController::Impl::showGotoEntries()
+{
+    if (!panel || !model)
+        return;
+    QList<EditGotoEntry> entries;
+    gotoNames.clear();
+    for (qint32 playlist : model->playlistNumbers()) {
+        const QList<quint64> ids = model->itemIds(playlist);
+        quint32 row = 0;
+        for (quint64 id : ids) {
+            ++row;
+            const std::optional<PlaylistItem> entry = model->item(id);
+            if (!entry)
+                continue;
+            EditGotoEntry goto_;
+            goto_.itemId = id;
+            goto_.playlistNumber = playlist;
+            goto_.row = row;
+            goto_.displayName = entry->displayName;
+            gotoNames.insert(id, entry->displayName);
+            goto_.offline = model->isOffline(id);
+            goto_.selectable = id != itemId && !model->isPending(id);
+            entries << goto_;
+        }
+    }
+    panel->showGotoEntries(entries);
+}
+
 void EditSessionController::Impl::showPosition()
 {
     if (!panel)
@@ -399,7 +429,31 @@ EditSessionController::EditSessionController(PlaylistModel *model, ItemSelection
         d->status(text("edit.error.player_create", "Could not create the EDIT player (ON AIR will continue)"), true);
     }
 
+    d->gotoRebuild.setSingleShot(true);
+    d->gotoRebuild.setInterval(0);
+    connect(&d->gotoRebuild, &QTimer::timeout, this, [this] { d->showGotoEntries(); });
     if (model) {
+        auto rebuild = [this] {
+            if (d->panel)
+                d->gotoRebuild.start();
+        };
+        connect(model, &PlaylistModel::itemAdded, this, rebuild);
+        connect(model, &PlaylistModel::itemRemoved, this, rebuild);
+        connect(model, &PlaylistModel::itemMoved, this, rebuild);
+        connect(model, &PlaylistModel::itemMovedToPlaylist, this, rebuild);
+        connect(model, &PlaylistModel::itemCopiedToPlaylist, this, rebuild);
+        connect(model, &PlaylistModel::itemChanged, this, [this, rebuild](quint64 id) {
+            const std::optional<PlaylistItem> changed = d->model->item(id);
+            if (changed && changed->displayName != d->gotoNames.value(id))
+                rebuild();
+        });
+        connect(model, &PlaylistModel::itemMediaAvailabilityChanged, this, rebuild);
+        connect(model, &PlaylistModel::itemReplaced, this, rebuild);
+        connect(model, &PlaylistModel::playlistAdded, this, rebuild);
+        connect(model, &PlaylistModel::playlistRemoved, this, rebuild);
+        connect(model, &PlaylistModel::playlistOrderChanged, this, rebuild);
+        connect(model, &PlaylistModel::modelReset, this, rebuild);
+        connect(model, &PlaylistModel::editStateChanged, this, rebuild);
         auto follows = [this](quint64 id) {
             if (id && id == d->itemId)
                 d->syncPanel();
@@ -467,6 +521,7 @@ void EditSessionController::setPanel(EditPanelView *panel)
     connect(panel, &EditPanelView::seekRequested, this, &EditSessionController::seek);
     connect(panel, &EditPanelView::frameStepRequested, this, &EditSessionController::stepFrames);
     d->syncPanel();
+    d->showGotoEntries();
     if (d->statusText.isEmpty())
         d->status(text("edit.status.idle", "EDIT | Select an item, then click EDIT to load"));
     else
@@ -485,6 +540,12 @@ bool EditSessionController::statusIsError() const { return d->statusError; }
 bool EditSessionController::isPlaying() const { return d->player && d->player->isPlaying(); }
 int EditSessionController::scanDirection() const { return d->scanDirection; }
 EditPlayer *EditSessionController::player() const { return d->player.get(); }
+
+std::optional<qint32> EditSessionController::nominalVolumeTenthsDb() const
+{
+    const std::optional<PlaylistItem> loaded = d->item();
+    return loaded ? std::optional<qint32>(loaded->settings.nominalVolumeTenthsDb) : std::nullopt;
+}
 
 qint64 EditSessionController::positionMs() const
 {

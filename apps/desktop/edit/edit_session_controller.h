@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tarnix {
 
@@ -61,6 +62,8 @@ public:
     bool isPlaying() const;
     // 0 none, 1 forward, -1 rewind.
     int scanDirection() const;
+    // The loaded item's nominal volume; nothing without an item.
+    std::optional<qint32> nominalVolumeTenthsDb() const;
     // The player, for figures and tests; null when unavailable.
     EditPlayer *player() const;
 

@@ -7,6 +7,7 @@
 #include "playlist/playlist_model.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QPointer>
 #include <QTimer>
 
@@ -31,6 +32,11 @@ struct EditSessionController::Impl {
     // From the unload's start until the session has taken in its end.
     bool unloading = false;
     QTimer tickTimer;
+    // Coalesces the document's changes into one rebuild of the GOTO list.
+    QTimer gotoRebuild;
+    // The names the list shows, so that a change of settings alone does not
+    // rebuild it.
+    QHash<quint64, QString> gotoNames;
     QElapsedTimer fallbackClock;
 
     // Scan: direction, whether playback resumes after it, where and when it
@@ -61,6 +67,7 @@ struct EditSessionController::Impl {
     void syncPanel();
     void showItemOnPanel();
     void showPosition();
+    void showGotoEntries();
     void pollPlayer();
     void moveRewind();
     void endScan(bool boundary);

@@ -277,7 +277,7 @@ void ProgramPanel::Impl::build()
 
     monitorFrame = new QFrame(q);
     monitorFrame->setObjectName(QStringLiteral("onAirMonitor"));
-    monitorFrame->setMinimumSize(320, 180);
+    monitorFrame->setMinimumSize(240, 135);
     monitorFrame->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
     monitorFrame->setStyleSheet(QStringLiteral("#onAirMonitor { background: black; }"));
     monitorPlace = new QVBoxLayout(monitorFrame);

@@ -192,7 +192,10 @@ QWidget *ProgramPanel::Impl::buildFades()
         fade.fadeIn = kind.fadeIn;
         fade.control = new QFrame(row);
         fade.control->setObjectName(prefix + QStringLiteral("Control"));
-        auto *column = new QVBoxLayout(fade.control);
+        // One row per module (button, length, +), two modules a row: the
+        // four fit under the speed buttons without pushing the panel taller
+        // than a laptop screen holds beside the EDIT panel.
+        auto *column = new QHBoxLayout(fade.control);
         column->setContentsMargins(2, 2, 2, 2);
         fade.button = new QPushButton(fade.control);
         fade.button->setObjectName(prefix + QStringLiteral("Button"));
