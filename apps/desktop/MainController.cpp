@@ -419,6 +419,11 @@ ProgramGpuCompositor *MainController::programCompositor() const
     return d->dualDeckPlayer ? d->dualDeckPlayer->compositor() : nullptr;
 }
 
+EditSessionController *MainController::editSession() const
+{
+    return d->editSession.get();
+}
+
 PlaylistPanel *MainController::playlistPanel() const
 {
     return d->playlistPanel.data();

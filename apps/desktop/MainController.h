@@ -18,6 +18,7 @@ class PlaylistPanel;
 class ProgramGpuCompositor;
 class PlaylistThumbnailStore;
 class PlaylistTransfer;
+class EditSessionController;
 class ProgramPlayoutController;
 class UiLanguageManager;
 class UserInfoCenter;
@@ -38,6 +39,9 @@ struct MainControllerOptions {
     QString previousSessionPath;
     // While debug mode is on, the state snapshot is logged this often.
     std::chrono::milliseconds debugSnapshotInterval{5000};
+    // Runs as if the EDIT player could not be made (tests of the promise
+    // that ON AIR goes on without it).
+    bool editPlayerFails = false;
 };
 
 // Composition root of the application: owns or parents every long-lived
@@ -82,6 +86,7 @@ public:
     // its figures and the operator's monitor; null otherwise.
     ProgramGpuCompositor *programCompositor() const;
     PlaylistTransfer *playlistTransfer() const;
+    EditSessionController *editSession() const;
 
     // Opens the local control socket at the path, with the playlist
     // commands beside the operations. A failure is logged and the

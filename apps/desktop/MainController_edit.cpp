@@ -29,6 +29,7 @@ void MainController::Impl::createEditSide()
 {
     EditSessionController::Options editOptions;
     editOptions.scanLog = [this](const QString &line) { appendScanLog(line); };
+    editOptions.failPlayerCreation = options.editPlayerFails;
     editSession = std::make_unique<EditSessionController>(model.get(), selection.data(), editOptions);
     bindEditOperations(operations.get(), editSession.get());
     if (editPanel)

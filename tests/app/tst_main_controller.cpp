@@ -6,6 +6,7 @@
 #include "MainController.h"
 
 #include "control/control_state_registry.h"
+#include "edit/edit_session_controller.h"
 #include "control/controller_operations.h"
 #include "control/operation_source.h"
 #include "playlist/playlist_document.h"
@@ -54,10 +55,11 @@ struct Rig {
     QPointer<QWidget> controllerWindow = new QWidget;
     std::unique_ptr<MainController> controller;
 
-    explicit Rig(QSize size = QSize(320, 180))
+    explicit Rig(QSize size = QSize(320, 180), bool editPlayerFails = false)
     {
         controllerWindow->setAttribute(Qt::WA_DeleteOnClose);
         MainControllerOptions options;
+        options.editPlayerFails = editPlayerFails;
         options.programOutputSize = size;
         options.programAudioSinkFactory = QStringLiteral("fakesink sync=true");
         options.previousSessionPath = dir.filePath("session/previous-session.json");
@@ -281,6 +283,24 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(rig.model().editItemId(), id, 10000);
         }
         qApp->setProperty("tarnix.settingsFile", QVariant());
+    }
+
+    // Without an EDIT player the show goes on: the item plays ON AIR, and
+    // EDIT only says what it cannot do.
+    void onAirPlaysWithoutAnEditPlayer()
+    {
+        Rig rig(QSize(320, 180), true);
+        EditSessionController *edit = rig.controller->editSession();
+        QVERIFY(edit->playerUnavailable());
+        QCOMPARE(edit->statusText(), QStringLiteral("Could not create the EDIT player (ON AIR will continue)"));
+        const quint64 id = rig.model().addItems({testkit::ItemRequest(QStringLiteral(TARNIX_TEST_MEDIA_DIR "/h264-aac-3s.mp4"))
+                                                     .playing()}).value(0);
+        QCOMPARE(rig.ops().invoke(Ops::SelectItem, id).status, Ops::Invoked);
+        QCOMPARE(edit->statusText(), QStringLiteral("The EDIT player is unavailable (ON AIR will continue)"));
+        QCOMPARE(rig.ops().invoke(Ops::EditPlay).status, Ops::Rejected);
+        QCOMPARE(rig.ops().invoke(Ops::TakeSelectedOnAir).status, Ops::Invoked);
+        QTRY_VERIFY_WITH_TIMEOUT(rig.controller->programPlayout()->isPlaying(), 10000);
+        QCOMPARE(rig.model().onAirItemId(), id);
     }
 
     void exitClosesTheControllerWindowWhichMayGoFirst()
