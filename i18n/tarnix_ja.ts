@@ -1369,7 +1369,7 @@ Drag up or down to adjust</source>
     </message>
     <message id="edit.status_line.error">
         <source>EDIT ERROR | %1</source>
-        <translation>EDIT エラー | %1</translation>
+        <translation>EDIT ERROR | %1</translation>
     </message>
     <message id="edit.error.end_crossfade">
         <source>Could not save the end crossfade settings.</source>

@@ -2,8 +2,15 @@
 // rules of the In and Out points, frame steps, the rewind scrub and its
 // boundary, the nominal volume, unloading, and a player that cannot be made.
 
+#include "control/controller_operations.h"
 #include "edit/edit_session_controller.h"
 #include "playlist/playlist_model.h"
+#include "playout/dual_deck_program_player.h"
+#include "playout/program_playout_controller.h"
+#include "playout/selection_holder.h"
+#include "playout/dual_deck_fixture.h"
+
+#include "kit/clip_generator.h"
 
 #include "kit/item_request.h"
 #include "support/test_paths.h"
@@ -16,9 +23,43 @@ using namespace tarnix;
 
 namespace {
 
-QString media(const char *name)
+using test::media;
+
+// A clip of 40 frames at 25 fps whose frame n is a flat grey of level
+// 32 + 5n, so the program's picture tells which frame it shows.
+constexpr int kNumberedFrames = 40;
+
+bool writeNumberedClip(const QString &path, QString *error)
 {
-    return QStringLiteral(TARNIX_TEST_MEDIA_DIR "/") + QLatin1String(name);
+    const QString body = QStringLiteral(
+        "appsrc name=src format=time caps=video/x-raw,format=GRAY8,width=320,height=180,framerate=25/1 ! "
+        "videoconvert ! video/x-raw,format=I420 ! openh264enc gop-size=25 ! h264parse ! mp4mux");
+    return testkit::generateClip(path, body, error, [](GstElement *pipeline) {
+        GstElement *src = gst_bin_get_by_name(GST_BIN(pipeline), "src");
+        for (int n = 0; n < kNumberedFrames; ++n) {
+            GstBuffer *buffer = gst_buffer_new_allocate(nullptr, 320 * 180, nullptr);
+            gst_buffer_memset(buffer, 0, guint8(32 + 5 * n), 320 * 180);
+            GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(n, GST_SECOND, 25);
+            GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale(1, GST_SECOND, 25);
+            GstFlowReturn flow = GST_FLOW_OK;
+            g_signal_emit_by_name(src, "push-buffer", buffer, &flow);
+            gst_buffer_unref(buffer);
+        }
+        GstFlowReturn flow = GST_FLOW_OK;
+        g_signal_emit_by_name(src, "end-of-stream", &flow);
+        gst_object_unref(src);
+    });
+}
+
+// The clip frame a program frame shows (the decoder reads the file as
+// video range and the program expands it), -1 for anything else.
+int shownFrame(const testkit::TapPixel &pixel)
+{
+    if (std::abs(pixel.r - pixel.g) > 12 || std::abs(pixel.g - pixel.b) > 12)
+        return -1;
+    const double level = pixel.g * 219.0 / 255.0 + 16.0;
+    const int n = int(std::lround((level - 32.0) / 5.0));
+    return n >= 0 && n < kNumberedFrames && std::abs(level - (32 + 5 * n)) < 2.5 ? n : -1;
 }
 
 // A session over one 12 s clip at 25 fps, with its tick and clock in the
@@ -150,6 +191,65 @@ private slots:
         QTRY_VERIFY(!rig.session->isPlaying());
     }
 
+    // Points set in EDIT are what ON AIR plays: taken, the item starts at
+    // its In point and goes OFF AIR at its Out point (end mode stop), each
+    // within one output frame, on the program compositor's own picture.
+    void onAirPlaysFromInToOut()
+    {
+        QTemporaryDir dir;
+        const QString clip = dir.filePath(QStringLiteral("numbered.mp4"));
+        QString error;
+        QVERIFY2(writeNumberedClip(clip, &error), qPrintable(error));
+
+        test::PlayerFixture fixture;
+        auto owned = std::make_unique<DualDeckPlayer>(fixture.options);
+        DualDeckPlayer *player = owned.get();
+        QVERIFY(player->isInitialized());
+        PlaylistModel model;
+        const quint64 id = model.addItems({testkit::ItemRequest(clip).name("Numbered").playing()}).value(0);
+
+        EditSessionController::Options options;
+        options.player.videoSize = QSize(320, 180);
+        EditSessionController edit(&model, nullptr, options);
+        edit.loadItem(id);
+        QVERIFY(QTest::qWaitFor([&] { return edit.isLoaded(); }, 10000));
+        edit.setInPointTime(400);   // frame 10
+        edit.setOutPointTime(1200);  // frame 30 begins here
+        edit.setEndMode(PlaylistEndMode::stop);
+        QCOMPARE(edit.statusText(), QStringLiteral("EDIT End Mode: Stop | Numbered"));
+        QVERIFY(edit.beginUnload(id));
+
+        ControllerOperations operations;
+        SelectionHolder selection(&model, &operations);
+        ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,
+                                            &selection, nullptr, &operations, nullptr);
+        QVERIFY(QTest::qWaitFor([&] { return player->isPresenterRunning() && fixture.frames->last().sequence > 0; },
+                                8000));
+        const quint64 beforeTake = fixture.frames->last().sequence;
+        selection.selectByOperator(id);
+        QVERIFY(controller.takeOnAir());
+        QVERIFY(QTest::qWaitFor([&] { return controller.onAirItemId() == id; }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return controller.onAirItemId() == 0; }, 10000));
+        QVERIFY(QTest::qWaitFor([&] { return testkit::isBlack(fixture.frames->last()); }, 5000));
+
+        std::vector<int> shown;
+        for (const testkit::TapPixel &pixel : fixture.frames->since(beforeTake)) {
+            const int n = shownFrame(pixel);
+            if (n >= 0)
+                shown.push_back(n);
+        }
+        QVERIFY(!shown.empty());
+        QCOMPARE(shown.front(), 10);
+        QVERIFY2(shown.back() == 29, qPrintable(QStringLiteral("last frame shown: %1").arg(shown.back())));
+        // At 60 Hz each 25 fps frame stands for 2 or 3 output frames: the
+        // last one is not cut short nor held on by more than one.
+        const auto lastHeld = std::count(shown.begin(), shown.end(), 29);
+        QVERIFY2(lastHeld >= 1 && lastHeld <= 4, qPrintable(QString::number(lastHeld)));
+
+        controller.shutdown();
+        QVERIFY(QTest::qWaitFor([&] { return player->isShutdownFinished(); }, 5000));
+    }
+
     // A player that cannot be made leaves a session that only says so.
     void withoutAPlayerEditOnlyTells()
     {
@@ -162,5 +262,5 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(TestEditSession)
+QTEST_MAIN(TestEditSession)
 #include "tst_edit_session.moc"
