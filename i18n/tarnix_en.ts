@@ -1415,10 +1415,6 @@ Drag up or down to adjust</translation>
         <source>Set the In point before the Out point and the end of the media.</source>
         <translation>Set the In point before the Out point and the end of the media.</translation>
     </message>
-    <message id="edit.error.live_unavailable">
-        <source>Live items cannot be previewed in EDIT yet.</source>
-        <translation>Live items cannot be previewed in EDIT yet.</translation>
-    </message>
     <message id="edit.error.load_failed">
         <source>Failed to load the file into EDIT.</source>
         <translation>Failed to load the file into EDIT.</translation>

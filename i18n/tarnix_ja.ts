@@ -1415,10 +1415,6 @@ Drag up or down to adjust</source>
         <source>Set the In point before the Out point and the end of the media.</source>
         <translation>IN点はOUT点とメディアの終端より前に設定してください。</translation>
     </message>
-    <message id="edit.error.live_unavailable">
-        <source>Live items cannot be previewed in EDIT yet.</source>
-        <translation>ライブ項目はまだEDITでプレビューできません。</translation>
-    </message>
     <message id="edit.error.load_failed">
         <source>Failed to load the file into EDIT.</source>
         <translation>EDITへのファイルの読み込みに失敗しました。</translation>

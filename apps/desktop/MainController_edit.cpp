@@ -16,6 +16,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QScrollArea>
 
 namespace tarnix {
 
@@ -32,13 +33,27 @@ void MainController::Impl::createEditSide()
     editOptions.failPlayerCreation = options.editPlayerFails;
     editSession = std::make_unique<EditSessionController>(model.get(), selection.data(), editOptions);
     bindEditOperations(operations.get(), editSession.get());
-    if (editPanel)
+    if (editPanel) {
         editSession->setPanel(editPanel->view());
+        // The nominal EQ stands in the EDIT panel itself: the operation
+        // brings it into view and gives it the keys.
+        operations->bind<>(ControllerOperations::OpenNominalEq, editPanel.data(), [this] {
+            QWidget *eq = editPanel ? editPanel->findChild<QWidget *>(QStringLiteral("editNominalEq")) : nullptr;
+            if (!eq || !editSession->loadedItemId() || !eq->isEnabled())
+                return false;
+            if (auto *scroll = controllerWindow ? controllerWindow->findChild<QScrollArea *>(
+                                                      QStringLiteral("editPanelScroll"))
+                                                : nullptr)
+                scroll->ensureWidgetVisible(eq);
+            eq->setFocus(Qt::ShortcutFocusReason);
+            return true;
+        });
+    }
     // The state query's EDIT fields: the item once it is loaded, and where
     // EDIT stands in it.
     using Field = ControlStateRegistry::Field;
     controlState.setProvider(Field::EditItemId, editSession.get(), [session = editSession.get()] {
-        return session->isLoaded() ? QJsonValue(qint64(session->loadedItemId())) : QJsonValue();
+        return session->hasItem() ? QJsonValue(qint64(session->loadedItemId())) : QJsonValue();
     });
     controlState.setProvider(Field::EditPositionMs, editSession.get(), [session = editSession.get()] {
         const qint64 position = session->isLoaded() ? session->positionMs() : -1;

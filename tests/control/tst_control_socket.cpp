@@ -313,12 +313,14 @@ private slots:
         qInfo("%d passes, longest %lld us CPU, %lld us wall", passes, qint64(longestCpu.count() / 1000),
               qint64(longestWall.count() / 1000));
         QVERIFY(passes > 10);
-        // A pass that waited on the client would take seconds; the bound is
-        // wider where the sanitizers slow every instruction down.
+        // A pass that waited on the client, or copied its backlog over and
+        // over, would take hundreds of milliseconds; the bound leaves room
+        // for a machine busy with other work, and more where the sanitizers
+        // slow every instruction down.
 #if defined(__SANITIZE_ADDRESS__)
-        const auto passLimit = std::chrono::milliseconds(10);
+        const auto passLimit = std::chrono::milliseconds(50);
 #else
-        const auto passLimit = std::chrono::milliseconds(2);
+        const auto passLimit = std::chrono::milliseconds(20);
 #endif
         QVERIFY2(longestCpu < passLimit,
                  qPrintable(QStringLiteral("longest pass %1 us").arg(longestCpu.count() / 1000)));

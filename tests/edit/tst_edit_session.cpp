@@ -250,6 +250,31 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return player->isShutdownFinished(); }, 5000));
     }
 
+    // A document has no media for the player and its settings are fixed by
+    // the document: it is EDIT's to look at, and leaves at once for the
+    // next item.
+    void documentsAreEditedWithoutThePlayer()
+    {
+        Rig rig;
+        QTemporaryDir dir;
+        const quint64 pdf = rig.model.addItems({testkit::ItemRequest(testkit::touchFile(dir.filePath("talk.pdf")))
+                                                    .name("Talk")
+                                                    .source(PlaylistSourceType::pdf)
+                                                    .type(PlaylistMediaType::pdf)})
+                                .value(0);
+        rig.session->loadItem(pdf);
+        QCOMPARE(rig.status(), QStringLiteral("EDIT | Talk"));
+        QCOMPARE(rig.model.editItemId(), pdf);
+        QVERIFY(rig.session->hasItem() && !rig.session->isLoaded());
+        rig.session->setInPointTime(1000);
+        QCOMPARE(rig.status(), QStringLiteral("In/Out points can only be changed for file sources."));
+        rig.session->setNominalVolume(-30);
+        QCOMPARE(rig.model.item(pdf)->settings.nominalVolumeTenthsDb, 0);
+        rig.session->loadItem(rig.clip);
+        QCOMPARE(rig.model.editItemId(), rig.clip);
+        QVERIFY(rig.loaded());
+    }
+
     // A player that cannot be made leaves a session that only says so.
     void withoutAPlayerEditOnlyTells()
     {

@@ -162,6 +162,30 @@ bool EditSessionController::Impl::loadFile(const PlaylistItem &loaded)
     return true;
 }
 
+// Documents and live inputs have no file for the player: the item is
+// EDIT's for its settings (nominal volume, EQ, delay and, for documents,
+// the modes the panel allows). A live input's picture and sound come from
+// the shared capture of live sources, which this build does not have: the
+// panel shows the live place without a picture.
+void EditSessionController::Impl::loadWithoutPlayer(const PlaylistItem &loaded)
+{
+    itemId = loaded.id;
+    itemName = loaded.displayName;
+    itemPath = loaded.filePath;
+    model->setEditItem(itemId);
+    loading = false;
+    const bool live = loaded.sourceType == PlaylistSourceType::uvc;
+    if (panel) {
+        panel->showLivePreview(live);
+        panel->showVideoFrame(QImage());
+    }
+    emit q->loadedItemChanged(itemId);
+    syncPanel();
+    status(QStringLiteral("EDIT | %1").arg(itemName));
+    if (live)
+        qCInfo(lcEdit()).noquote() << QStringLiteral("EDIT live preview is unavailable in this build: %1").arg(itemName);
+}
+
 void EditSessionController::Impl::finishUnload()
 {
     tickTimer.stop();
@@ -176,6 +200,7 @@ void EditSessionController::Impl::finishUnload()
     if (model && model->editItemId())
         model->setEditItem(0);
     if (panel) {
+        panel->showLivePreview(false);
         panel->showVideoFrame(QImage());
         panel->showLevels(-60, -60, -60, -60);
         panel->showPfl(false, false);
@@ -533,6 +558,7 @@ void EditSessionController::setPanel(EditPanelView *panel)
 quint64 EditSessionController::loadedItemId() const { return d->itemId; }
 bool EditSessionController::isLoading() const { return d->loading; }
 bool EditSessionController::isLoaded() const { return d->player && d->player->isLoaded() && !d->loading; }
+bool EditSessionController::hasItem() const { return d->itemId && !d->loading && !d->unloading; }
 bool EditSessionController::isUnloading() const { return d->unloading; }
 bool EditSessionController::playerUnavailable() const { return d->playerUnavailable; }
 QString EditSessionController::statusText() const { return d->statusText; }
@@ -579,20 +605,18 @@ void EditSessionController::loadItem(quint64 itemId)
     const std::optional<PlaylistItem> wanted = d->model->item(itemId);
     if (!wanted)
         return;
-    if (wanted->sourceType != PlaylistSourceType::file) {
-        // Live inputs preview through the shared capture session, which
-        // this build does not have yet.
-        d->status(text("edit.error.live_unavailable", "Live items cannot be previewed in EDIT yet."), true);
-        return;
-    }
-    if (d->itemId == itemId && d->player->isLoaded())
+    const bool file = wanted->sourceType == PlaylistSourceType::file;
+    if (d->itemId == itemId && (!file || d->player->isLoaded()))
         return;
     if (d->itemId || d->player->isLoaded() || d->player->isLoading()) {
         // One item at a time: the old one goes first, then this one loads.
         beginUnload(0, [this, itemId] { loadItem(itemId); });
         return;
     }
-    d->loadFile(*wanted);
+    if (file)
+        d->loadFile(*wanted);
+    else
+        d->loadWithoutPlayer(*wanted);
 }
 
 bool EditSessionController::beginUnload(quint64 itemId, std::function<void()> done)
@@ -605,6 +629,14 @@ bool EditSessionController::beginUnload(quint64 itemId, std::function<void()> do
     if (!d->player || (!d->itemId && !d->player->isLoaded() && !d->player->isLoading() && !isUnloading())) {
         if (done)
             done();
+        return true;
+    }
+    if (d->itemId && !d->unloading && !d->player->isLoaded() && !d->player->isLoading()
+        && !d->player->hasUnloadToReport()) {
+        // Nothing of the item is in the player (a document or a live
+        // input): it leaves at once.
+        d->afterUnload.push_back(std::move(done));
+        d->finishUnload();
         return true;
     }
     d->afterUnload.push_back(std::move(done));

@@ -50,7 +50,11 @@ public:
 
     quint64 loadedItemId() const;
     bool isLoading() const;
+    // The item's media is in the player and ready.
     bool isLoaded() const;
+    // An item is EDIT's (media loaded, or a document or live input, which
+    // need no player), neither loading nor leaving.
+    bool hasItem() const;
     bool isUnloading() const;
     bool playerUnavailable() const;
     // The last status text and whether it was an error.

@@ -63,6 +63,7 @@ struct EditSessionController::Impl {
     void scanLog(const QString &event);
 
     bool loadFile(const PlaylistItem &item);
+    void loadWithoutPlayer(const PlaylistItem &item);
     void finishUnload();
     void syncPanel();
     void showItemOnPanel();
