@@ -7,6 +7,7 @@
 #include "control/control_socket_server.h"
 #include "control/controller_operations.h"
 #include "control/playlist_item_operations.h"
+#include "control/shortcut_table.h"
 #include "playlist/playlist_model.h"
 #include "playlist/playlist_transfer.h"
 #include "playout/dual_deck_player.h"
@@ -184,6 +185,15 @@ void MainController::Impl::createKeyboard()
     shortcuts = std::make_unique<ControllerShortcuts>(controllerWindow, playlistPanel, programPanel, operations.get(),
                                                       readJsonSetting(QStringLiteral("shortcuts/bindings")).toObject());
     volumeInput = std::make_unique<ControllerVolumeInput>(controllerWindow, operations.get());
+    if (editPanel) {
+        QHash<QString, QString> editKeys;
+        for (const char *name : {"EditSetIn", "EditSetOut", "EditToggleStartMode", "EditToggleFadeOut", "EditEndStop",
+                                 "EditEndPause", "EditEndRepeat", "EditEndNext", "TogglePfl", "OpenNominalEq"}) {
+            const QString command = QString::fromLatin1(name);
+            editKeys.insert(command, shortcuts::nativeText(shortcuts->keysOf(command)));
+        }
+        editPanel->setShortcutHints(editKeys);
+    }
 }
 
 // The settings the existing objects need at start, read once here.

@@ -103,9 +103,15 @@ public:
     int terminate()
     {
         ::kill(pid_t(m_process.processId()), SIGTERM);
-        if (!m_process.waitForFinished(60000))
+        if (!m_process.waitForFinished(60000)) {
+            qWarning("the application did not end within 60 s of SIGTERM");
             return -1;
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
+        }
+        if (m_process.exitStatus() == QProcess::NormalExit)
+            return m_process.exitCode();
+        // What it said last tells where it went down.
+        qWarning("the application crashed on SIGTERM:\n%s", qPrintable(console().right(4000)));
+        return -1;
     }
 
     QString console() { return QString::fromLocal8Bit(m_process.readAll()); }

@@ -107,6 +107,12 @@ EditPanel::EditPanel(QWidget *parent)
 
 EditPanel::~EditPanel() = default;
 
+void EditPanel::setShortcutHints(const QHash<QString, QString> &keysByName)
+{
+    d->shortcutKeys = keysByName;
+    d->retranslate();
+}
+
 EditPanelView *EditPanel::view() const { return d->view.get(); }
 EditVideoSurface *EditPanel::videoSurface() const { return d->surface; }
 

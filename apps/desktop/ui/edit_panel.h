@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QHash>
+#include <QString>
 #include <QWidget>
 
 #include <memory>
@@ -26,6 +28,10 @@ public:
 
     // What the EDIT session reads and drives.
     EditPanelView *view() const;
+
+    // The keys bound to the EDIT commands, by shortcut name ("EditSetIn",
+    // "EditEndStop", "TogglePfl", ...), named in the tooltips.
+    void setShortcutHints(const QHash<QString, QString> &keysByName);
 
     // The monitor surface ("edit-video-surface") of file items.
     EditVideoSurface *videoSurface() const;

@@ -165,6 +165,9 @@ struct EditPanel::Impl {
     void refreshModeRows();
 
     // edit_panel_texts.cpp
+    // The keys of the EDIT commands, by shortcut name, for the tooltips.
+    QHash<QString, QString> shortcutKeys;
+    QString withKeys(const QString &tip, const char *command) const;
     void retranslate();
     void refreshPointTexts();
     void refreshPfl();

@@ -45,6 +45,13 @@ QString positionLine(const QString &position, const QString &duration)
 
 } // namespace
 
+// A tooltip with the keys bound to its command, when there are any.
+QString EditPanel::Impl::withKeys(const QString &tip, const char *command) const
+{
+    const QString keys = shortcutKeys.value(QString::fromLatin1(command));
+    return keys.isEmpty() ? tip : QStringLiteral("%1 (%2)").arg(tip, keys);
+}
+
 void EditPanel::Impl::retranslate()
 {
     sectionTitle->setText(text("edit.section.title", "EDIT"));
@@ -72,9 +79,13 @@ void EditPanel::Impl::retranslate()
 
     modes.startTitle->setText(text("edit.start_mode.title", "START MODE"));
     modes.startPause->setText(text("edit.start_mode.pause", "Pause"));
-    modes.startPause->setToolTip(text("edit.start_mode.pause.tooltip", "Cue the item paused at the In point when it is taken ON AIR"));
+    modes.startPause->setToolTip(withKeys(
+        text("edit.start_mode.pause.tooltip", "Cue the item paused at the In point when it is taken ON AIR"),
+        "EditToggleStartMode"));
     modes.startPlay->setText(text("edit.start_mode.play", "Play"));
-    modes.startPlay->setToolTip(text("edit.start_mode.play.tooltip", "Play the item from the In point when it is taken ON AIR"));
+    modes.startPlay->setToolTip(withKeys(
+        text("edit.start_mode.play.tooltip", "Play the item from the In point when it is taken ON AIR"),
+        "EditToggleStartMode"));
     modes.endTitle->setText(text("edit.end_mode.title", "END MODE"));
     static const std::array<std::array<const char *, 4>, 5> kEndTexts{{
         {"edit.end_mode.stop", "Stop", "edit.end_mode.stop.tooltip", "Switch OFF AIR at the Out point or end of media"},
@@ -88,7 +99,8 @@ void EditPanel::Impl::retranslate()
     }};
     for (size_t i = 0; i < kEndTexts.size(); ++i) {
         modes.endButtons[i]->setText(text(kEndTexts[i][0], kEndTexts[i][1]));
-        modes.endButtons[i]->setToolTip(text(kEndTexts[i][2], kEndTexts[i][3]));
+        static const char *const kEndKeys[] = {"EditEndStop", "EditEndPause", "EditEndRepeat", "EditEndNext", ""};
+        modes.endButtons[i]->setToolTip(withKeys(text(kEndTexts[i][2], kEndTexts[i][3]), kEndKeys[i]));
     }
     modes.gotoTitle->setText(text("edit.goto.title", "GOTO"));
     modes.gotoTarget->setPlaceholderText(text("edit.goto.placeholder", "Select destination"));
@@ -138,11 +150,13 @@ void EditPanel::Impl::refreshPointTexts()
     const bool locked = item.itemId && item.pointLock != EditPointLock::None;
     const QString reason = item.pointLockReason;
     points.setIn->setToolTip(locked ? reason
-                                    : text("edit.points.set_in.tooltip",
-                                           "Save the current EDIT position as the selected item's In point"));
+                                    : withKeys(text("edit.points.set_in.tooltip",
+                                                    "Save the current EDIT position as the selected item's In point"),
+                                               "EditSetIn"));
     points.setOut->setToolTip(locked ? reason
-                                     : text("edit.points.set_out.tooltip",
-                                            "Save the current EDIT position as the selected item's Out point"));
+                                     : withKeys(text("edit.points.set_out.tooltip",
+                                                     "Save the current EDIT position as the selected item's Out point"),
+                                                "EditSetOut"));
     points.inField->setToolTip(locked ? reason
                                       : text("edit.points.in_field.tooltip",
                                              "Enter the In point as HH:MM:SS.cc, then press Enter"));
@@ -157,8 +171,9 @@ void EditPanel::Impl::refreshPfl()
     pfl->setChecked(state.pflOn);
     pfl->setText(text("edit.pfl.button", "PFL %1",
                       {state.pflOn ? text("edit.pfl.on", "ON") : text("edit.pfl.off", "OFF")}));
-    pfl->setToolTip(state.pflOn ? text("edit.pfl.on.tooltip", "PFL ON — listening before nominal volume.")
-                                : text("edit.pfl.off.tooltip", "PFL OFF — listen before nominal volume."));
+    pfl->setToolTip(withKeys(state.pflOn ? text("edit.pfl.on.tooltip", "PFL ON — listening before nominal volume.")
+                                         : text("edit.pfl.off.tooltip", "PFL OFF — listen before nominal volume."),
+                             "TogglePfl"));
 }
 
 void EditPanel::Impl::refreshStatus()
