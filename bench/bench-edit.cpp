@@ -42,13 +42,6 @@ using bench::runUntil;
 
 namespace {
 
-int argument(const char *name, int fallback)
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(QLatin1String(name));
-    return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
-}
-
 struct Figures {
     std::vector<double> loadMs;
     std::vector<double> seekMs;
@@ -139,7 +132,7 @@ int main(int argc, char **argv)
     gst_init(&argc, &argv);
     QApplication app(argc, argv);
     registerPlaylistMetaTypes();
-    const int runs = std::max(2, argument("--runs", 20));
+    const int runs = std::max(2, bench::argument("--runs", 20));
 
     QDir().mkpath(QStringLiteral(TARNIX_BENCH_MEDIA_DIR));
     const QString clip = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/zone-plate-1080p25-gop25-20s.mp4");
@@ -184,15 +177,7 @@ int main(int argc, char **argv)
     PlaylistModel *model = controller->playlistModel();
     Ops &operations = *controller->controllerOperations();
     const quint64 onAir = model->addItems({testkit::ItemRequest(onAirClip).playing().repeat(1000)}).value(0);
-    operations.invoke(Ops::SelectItem, onAir);
-    if (!runUntil(
-            [&] {
-                if (model->onAirItemId() == onAir)
-                    return true;
-                operations.invoke(Ops::TakeSelectedOnAir);
-                return runUntil([&] { return model->onAirItemId() == onAir; }, 500);
-            },
-            20000)) {
+    if (!bench::takeOnAir(*model, operations, onAir)) {
         std::fprintf(stderr, "bench-edit: the clip did not go ON AIR\n");
         return 1;
     }

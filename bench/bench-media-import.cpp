@@ -40,13 +40,6 @@ using bench::runUntil;
 
 namespace {
 
-QString argument(const char *name, const QString &fallback)
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(QLatin1String(name));
-    return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1) : fallback;
-}
-
 // The kinds an operator's folder holds, each made once and copied under
 // many names: analysis never sees the same path twice.
 struct Source {
@@ -115,7 +108,7 @@ int main(int argc, char **argv)
     gst_init(&argc, &argv);
     TimedApplication app(argc, argv);
     registerPlaylistMetaTypes();
-    const int fileCount = std::max(1, argument("--files", QStringLiteral("200")).toInt());
+    const int fileCount = std::max(1, bench::argumentText("--files", QStringLiteral("200")).toInt());
 
     const QString folder = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/import");
     QDir().mkpath(folder);
@@ -164,15 +157,7 @@ int main(int argc, char **argv)
     // A ten-second clip repeating ON AIR for the whole import.
     const quint64 onAir = model->addItems({testkit::ItemRequest(onAirClip).playing().repeat(1000)}).value(0);
     Ops &operations = *controller->controllerOperations();
-    operations.invoke(Ops::SelectItem, onAir);
-    if (!runUntil(
-            [&] {
-                if (model->onAirItemId() == onAir)
-                    return true;
-                operations.invoke(Ops::TakeSelectedOnAir);
-                return runUntil([&] { return model->onAirItemId() == onAir; }, 500);
-            },
-            20000)) {
+    if (!bench::takeOnAir(*model, operations, onAir)) {
         std::fprintf(stderr, "bench-media-import: the clip did not go ON AIR\n");
         return 1;
     }

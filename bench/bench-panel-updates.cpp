@@ -53,13 +53,6 @@ namespace {
 
 constexpr int kLatenessIntervalMs = 10;
 
-int argument(const char *name, int fallback)
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(QLatin1String(name));
-    return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
-}
-
 double cpuSeconds(clockid_t clock)
 {
     timespec now{};
@@ -109,15 +102,7 @@ RunFigures measure(const QString &clip, bool withPanel, int seconds, bool repeat
     if (repeat)
         request.repeat(1000);
     const quint64 onAir = model->addItems({request}).value(0);
-    operations.invoke(Ops::SelectItem, onAir);
-    const bool taken = runUntil(
-        [&] {
-            if (model->onAirItemId() == onAir)
-                return true;
-            operations.invoke(Ops::TakeSelectedOnAir);
-            return runUntil([&] { return model->onAirItemId() == onAir; }, 500);
-        },
-        20000);
+    const bool taken = bench::takeOnAir(*model, operations, onAir);
     if (!taken) {
         std::fprintf(stderr, "bench-panel-updates: the clip did not go ON AIR\n");
         return figures;
@@ -195,7 +180,7 @@ int main(int argc, char **argv)
     gst_init(&argc, &argv);
     QApplication app(argc, argv);
     registerPlaylistMetaTypes();
-    const int seconds = std::max(5, argument("--seconds", 60));
+    const int seconds = std::max(5, bench::argument("--seconds", 60));
     const bool repeat = QCoreApplication::arguments().contains(QStringLiteral("--repeat"));
 
     // Long enough for the settling and the run.

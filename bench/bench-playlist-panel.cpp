@@ -50,13 +50,6 @@ using bench::runUntil;
 
 namespace {
 
-int argument(const char *name, int fallback)
-{
-    const QStringList arguments = QCoreApplication::arguments();
-    const qsizetype at = arguments.indexOf(QLatin1String(name));
-    return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1).toInt() : fallback;
-}
-
 // Stands in front of the panel's own delegate and notes which rows it is
 // asked to paint; everything else goes to the panel's delegate unchanged.
 class PaintedRows : public QStyledItemDelegate
@@ -204,8 +197,8 @@ int main(int argc, char **argv)
     gst_init(&argc, &argv);
     QApplication app(argc, argv);
     registerPlaylistMetaTypes();
-    const int itemCount = std::max(1, argument("--items", 10000));
-    const int frames = std::max(3, argument("--frames", 300));
+    const int itemCount = std::max(1, bench::argument("--items", 10000));
+    const int frames = std::max(3, bench::argument("--frames", 300));
 
     const QString clip = QStringLiteral(TARNIX_BENCH_MEDIA_DIR "/panel-clip-360p-2s.mp4");
     if (!bench::generateMedia(clip, QStringLiteral("videotestsrc num-buffers=50 pattern=ball ! "
@@ -304,7 +297,7 @@ int main(int argc, char **argv)
         if (view->visualRect(index).intersects(view->viewport()->rect()))
             inView << index.data(Qt::UserRole).value<quint64>();
     }
-    const int waitLimitMs = argument("--picture-wait", 30000);
+    const int waitLimitMs = bench::argument("--picture-wait", 30000);
     QElapsedTimer pictureWait;
     pictureWait.start();
     auto shownInView = [&] {

@@ -4,6 +4,9 @@
 
 #include "kit/clip_generator.h"
 
+#include "control/controller_operations.h"
+#include "playlist/playlist_model.h"
+
 #include <gst/gst.h>
 
 #include <QApplication>
@@ -34,6 +37,35 @@ bool runUntil(Condition condition, int limitMs)
             return true;
     }
     return condition();
+}
+
+// The text after a command line option ("--runs 20"), or the fallback.
+inline QString argumentText(const char *name, const QString &fallback = {})
+{
+    const QStringList arguments = QCoreApplication::arguments();
+    const qsizetype at = arguments.indexOf(QLatin1String(name));
+    return at >= 0 && at + 1 < arguments.size() ? arguments.at(at + 1) : fallback;
+}
+
+inline int argument(const char *name, int fallback)
+{
+    const QString text = argumentText(name);
+    return text.isEmpty() ? fallback : text.toInt();
+}
+
+// Selects the item and takes it ON AIR, asking again while the program
+// player is still coming up; whether it went ON AIR within the limit.
+inline bool takeOnAir(PlaylistModel &model, ControllerOperations &operations, quint64 itemId, int limitMs = 20000)
+{
+    operations.invoke(ControllerOperations::SelectItem, itemId);
+    return runUntil(
+        [&] {
+            if (model.onAirItemId() == itemId)
+                return true;
+            operations.invoke(ControllerOperations::TakeSelectedOnAir);
+            return runUntil([&] { return model.onAirItemId() == itemId; }, 500);
+        },
+        limitMs);
 }
 
 // Ten seconds of 1080p30 H.264 with moving content (keyframe every second)

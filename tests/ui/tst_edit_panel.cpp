@@ -425,6 +425,39 @@ private slots:
                  QStringLiteral("In marker: 1200 ms; Out marker: 80000 ms; timeline before In and after Out is inactive"));
     }
 
+    // Both looks mark the same places: the part before In and after Out is
+    // darker than the span between them, whichever skin paints it, and the
+    // hardware look lights that span and draws a red playhead.
+    void timelineLooks()
+    {
+        RangeMarkerSlider slider;
+        slider.resize(400, slider.sizeHint().height());
+        slider.setDurationMs(100'000);
+        slider.setInMarkerMs(25'000);
+        slider.setOutMarkerMs(75'000);
+        slider.setPositionMs(50'000);
+        const int trackY = 9;
+        auto brightness = [](const QImage &image, int x, int y) { return qGray(image.pixel(x, y)); };
+        for (const QString &skin : {QString(), QStringLiteral("hardware")}) {
+            qApp->setProperty("controllerSkinKey", skin);
+            const QImage image = slider.grab().toImage();
+            const int before = brightness(image, 30, trackY);
+            const int inside = brightness(image, 120, trackY);
+            const int after = brightness(image, 370, trackY);
+            QVERIFY2(inside > before && inside > after, qPrintable(QStringLiteral("%1: %2 %3 %4").arg(skin).arg(before).arg(inside).arg(after)));
+            const QColor playhead = image.pixelColor(200, 0);
+            if (skin.isEmpty()) {
+                QCOMPARE(image.pixelColor(120, trackY), QColor(QStringLiteral("#44494b")));
+                QCOMPARE(image.pixelColor(30, trackY), QColor(QStringLiteral("#30383b")));
+            } else {
+                QVERIFY2(image.pixelColor(120, trackY).green() > image.pixelColor(120, trackY).red() + 20,
+                         qPrintable(image.pixelColor(120, trackY).name()));
+                QVERIFY2(playhead.red() > 200 && playhead.green() < 120, qPrintable(playhead.name()));
+            }
+        }
+        qApp->setProperty("controllerSkinKey", QVariant());
+    }
+
     // Holding rewind or fast-forward scans until released; play, pause and
     // PFL show what the session says, not the press.
     void transportAndPfl()

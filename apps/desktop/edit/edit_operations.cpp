@@ -82,11 +82,9 @@ void bindEditOperations(ControllerOperations *ops, EditSessionController *sessio
 
     // The loaded item's nominal volume, in tenths of a dB from off (-96 dB)
     // to +6 dB, as the panel's fader has it.
-    static constexpr int kVolumeOff = -960;
-    static constexpr int kVolumeTop = 60;
     auto setVolume = [session, run](int tenths) {
         return session->loadedItemId()
-               && run([&] { session->setNominalVolume(std::clamp(tenths, kVolumeOff, kVolumeTop)); });
+               && run([&] { session->setNominalVolume(std::clamp(tenths, kVolumeOffTenthsDb, kVolumeTopTenthsDb)); });
     };
     ops->bind<int>(Ops::SetEditVolume, session, setVolume);
     ops->bind<int>(Ops::AdjustEditVolume, session, [session, setVolume](int delta) {

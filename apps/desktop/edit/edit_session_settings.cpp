@@ -7,6 +7,7 @@
 
 #include "edit/edit_texts.h"
 #include "playlist/clock_text.h"
+#include "playlist/mode_names.h"
 
 #include <cmath>
 
@@ -15,29 +16,6 @@ namespace tarnix {
 using edit_text::text;
 
 namespace {
-
-QString endModeName(PlaylistEndMode mode)
-{
-    switch (mode) {
-    case PlaylistEndMode::stop: return QStringLiteral("Stop");
-    case PlaylistEndMode::pause: return QStringLiteral("Pause");
-    case PlaylistEndMode::repeat: return QStringLiteral("Repeat");
-    case PlaylistEndMode::next: return QStringLiteral("Next");
-    case PlaylistEndMode::goto_: return QStringLiteral("GOTO");
-    }
-    return {};
-}
-
-QString repeatEndModeName(PlaylistRepeatEndMode mode)
-{
-    switch (mode) {
-    case PlaylistRepeatEndMode::stop: return QStringLiteral("Stop");
-    case PlaylistRepeatEndMode::pause: return QStringLiteral("Pause");
-    case PlaylistRepeatEndMode::next: return QStringLiteral("Next");
-    case PlaylistRepeatEndMode::goto_: return QStringLiteral("GOTO");
-    }
-    return {};
-}
 
 QString onOff(bool on)
 {

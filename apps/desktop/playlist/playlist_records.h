@@ -25,6 +25,10 @@ struct PlaylistFadeSetting {
     friend bool operator==(const PlaylistFadeSetting &, const PlaylistFadeSetting &) = default;
 };
 
+// The nominal volume's range in tenths of a dB: -960 is off, 60 is +6 dB.
+inline constexpr qint32 kVolumeOffTenthsDb = -960;
+inline constexpr qint32 kVolumeTopTenthsDb = 60;
+
 struct PlaylistItemSettings {
     qint64 inPointMs = 0;
     std::optional<qint64> outPointMs;  // absent: play to the end of the media

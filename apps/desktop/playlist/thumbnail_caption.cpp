@@ -1,5 +1,7 @@
 #include "playlist/thumbnail_caption.h"
 
+#include "playlist/playlist_records.h"
+
 #include <array>
 #include <cmath>
 
@@ -8,7 +10,6 @@ namespace tarnix {
 namespace {
 
 constexpr auto kUnknown = QLatin1String("--");
-constexpr qint32 kVolumeOffTenthsDb = -960;
 
 struct CodecPattern {
     QLatin1String fragment;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "playlist/playlist_records.h"
+
 #include <QString>
 
 namespace tarnix {
@@ -7,8 +9,8 @@ namespace tarnix {
 // The volume scale shared by every fader: values are integer tenths of a dB
 // from kFaderOffValue (silence) to kFaderMaxValue (+6 dB). Plain functions so
 // that the laws are checked without a widget.
-constexpr int kFaderOffValue = -960;
-constexpr int kFaderMaxValue = 60;
+constexpr int kFaderOffValue = kVolumeOffTenthsDb;
+constexpr int kFaderMaxValue = kVolumeTopTenthsDb;
 
 // Where 0 dB sits on the travel. The boost above it takes the rest, and the
 // span is kept as the double subtraction so that +6 dB lands exactly on 1.0.

@@ -1,40 +1,11 @@
 #include "ui/playlist_item_texts.h"
 
 #include "playlist/clock_text.h"
-
+#include "playlist/mode_names.h"
 #include "playlist/playlist_validation.h"
 #include "shell/localized_text.h"
 
 namespace tarnix::playlist_view {
-
-namespace {
-
-constexpr qint32 kVolumeOffTenthsDb = -960;
-
-QString plainEndModeName(PlaylistEndMode mode)
-{
-    switch (mode) {
-    case PlaylistEndMode::stop: return QStringLiteral("Stop");
-    case PlaylistEndMode::pause: return QStringLiteral("Pause");
-    case PlaylistEndMode::repeat: return QStringLiteral("Repeat");
-    case PlaylistEndMode::next: return QStringLiteral("Next");
-    case PlaylistEndMode::goto_: return QStringLiteral("GOTO");
-    }
-    return {};
-}
-
-QString repeatEndModeName(PlaylistRepeatEndMode mode)
-{
-    switch (mode) {
-    case PlaylistRepeatEndMode::stop: return QStringLiteral("Stop");
-    case PlaylistRepeatEndMode::pause: return QStringLiteral("Pause");
-    case PlaylistRepeatEndMode::next: return QStringLiteral("Next");
-    case PlaylistRepeatEndMode::goto_: return QStringLiteral("GOTO");
-    }
-    return {};
-}
-
-} // namespace
 
 QString itemTimeText(qint64 ms)
 {
@@ -55,7 +26,7 @@ QString startModeText(PlaylistStartMode mode)
 
 QString endModeText(const PlaylistItemSettings &settings, int repeatProgress)
 {
-    QString text = plainEndModeName(settings.endMode);
+    QString text = endModeName(settings.endMode);
     if (settings.endMode == PlaylistEndMode::repeat) {
         if (settings.repeatCount > 0)
             text += QStringLiteral("(%1/%2)-%3")

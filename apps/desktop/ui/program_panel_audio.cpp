@@ -33,8 +33,6 @@ using Ops = ControllerOperations;
 
 constexpr int kItemTarget = 1;
 constexpr int kMasterTarget = 2;
-constexpr int kVolumeOff = -960;
-constexpr int kVolumeTop = 60;
 
 using ui::text;
 
@@ -251,7 +249,7 @@ bool ProgramPanel::Impl::setVolume(int target, int value)
     // A hand on the fader ends a manual fade of it.
     if (fadeTarget == target)
         fadeAnimation.stop();
-    f->setValue(std::clamp(value, kVolumeOff, kVolumeTop));
+    f->setValue(std::clamp(value, kVolumeOffTenthsDb, kVolumeTopTenthsDb));
     return true;
 }
 
@@ -331,7 +329,7 @@ void ProgramPanel::Impl::bindAudioOperations()
 
     // Values outside the fader's range are refused, not clamped: a macro or
     // MIDI map that sends them is wrong and is told so by the log.
-    auto inRange = [](int value) { return value >= kVolumeOff && value <= kVolumeTop; };
+    auto inRange = [](int value) { return value >= kVolumeOffTenthsDb && value <= kVolumeTopTenthsDb; };
     ops->setGuard<int>(Ops::SetItemVolume, q, inRange);
     ops->setGuard<int>(Ops::SetMasterVolume, q, inRange);
     // The item fader and its fades act on an item on air only.

@@ -1,12 +1,13 @@
 #include "ui/range_marker_slider.h"
 
 #include "shell/interface_scale.h"
+#include "ui/range_marker_painter.h"
 #include "ui/ui_text.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QStyle>
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
@@ -17,14 +18,6 @@
 namespace tarnix {
 
 namespace {
-
-const QColor kInMarkerColour(QStringLiteral("#66d19e"));
-const QColor kOutMarkerColour(QStringLiteral("#f2a65a"));
-const QColor kHandleColour(QStringLiteral("#101112"));
-const QColor kActiveTrackColour(QStringLiteral("#44494b"));
-const QColor kInactiveTrackColour(QStringLiteral("#30383b"));
-// Around the dark handle line, so that it stands out on the dark track.
-const QColor kHandleEdgeColour(QStringLiteral("#e4e7e8"));
 
 // Vertical layout, in scaled pixels: the track on top, the marker
 // triangles under it pointing up at their position.
@@ -221,47 +214,29 @@ void RangeMarkerSlider::paintEvent(QPaintEvent *)
         painter.setOpacity(0.45);
 
     const QRect groove = grooveRect();
-    const int trackTop = scaledPixels(kTrackTop);
-    const int trackHeight = scaledPixels(kTrackHeight);
-    const QRect track(groove.left(), trackTop, groove.width(), trackHeight);
-    painter.fillRect(track, kActiveTrackColour);
-
-    const bool hasMedia = m_durationMs > 0;
-    if (hasMedia && m_inMarkerMs) {
-        const int inX = xForMs(groove, *m_inMarkerMs);
-        painter.fillRect(QRect(track.left(), trackTop, inX - track.left(), trackHeight), kInactiveTrackColour);
-    }
-    if (hasMedia && m_outMarkerMs) {
-        const int outX = xForMs(groove, *m_outMarkerMs);
-        painter.fillRect(QRect(outX + 1, trackTop, track.right() - outX, trackHeight), kInactiveTrackColour);
-    }
-
-    auto marker = [&](qint64 positionMs, const QColor &colour) {
-        const double x = xForMs(groove, positionMs) + 0.5;
-        const double top = track.bottom() + 1;
-        const double half = scaledPixels(kMarkerHalfWidth);
-        QPainterPath triangle;
-        triangle.moveTo(x, top);
-        triangle.lineTo(x + half, top + scaledPixels(kMarkerHeight));
-        triangle.lineTo(x - half, top + scaledPixels(kMarkerHeight));
-        triangle.closeSubpath();
-        painter.setPen(QPen(kHandleColour, 1));
-        painter.setBrush(colour);
-        painter.drawPath(triangle);
-    };
-    if (hasMedia && m_inMarkerMs)
-        marker(*m_inMarkerMs, kInMarkerColour);
-    if (hasMedia && m_outMarkerMs)
-        marker(*m_outMarkerMs, kOutMarkerColour);
-
+    RangeMarkerGeometry geometry;
+    geometry.track = QRect(groove.left(), scaledPixels(kTrackTop), groove.width(), scaledPixels(kTrackHeight));
+    geometry.markerHeight = scaledPixels(kMarkerHeight);
+    geometry.markerHalfWidth = scaledPixels(kMarkerHalfWidth);
     m_paintedHandleX = xForMs(groove, positionMs());
-    if (hasMedia) {
-        // The position: a dark line with light edges across the track.
-        const QRect line = handleRect(m_paintedHandleX);
-        painter.setRenderHint(QPainter::Antialiasing, false);
-        painter.fillRect(line, kHandleEdgeColour);
-        painter.fillRect(line.adjusted(1, 1, -1, -1), kHandleColour);
+    if (m_durationMs > 0) {
+        if (m_inMarkerMs)
+            geometry.inX = xForMs(groove, *m_inMarkerMs);
+        if (m_outMarkerMs)
+            geometry.outX = xForMs(groove, *m_outMarkerMs);
+        geometry.handle = handleRect(m_paintedHandleX);
     }
+    if (usesHardwarePainter())
+        paintHardwareRangeMarkers(painter, geometry);
+    else
+        paintFlatRangeMarkers(painter, geometry);
+}
+
+// The hardware skin has its own timeline look; every other skin, and no
+// skin at all, the flat one.
+bool RangeMarkerSlider::usesHardwarePainter() const
+{
+    return qApp && qApp->property("controllerSkinKey").toString() == QLatin1String("hardware");
 }
 
 QRect RangeMarkerSlider::handleRect(int x) const

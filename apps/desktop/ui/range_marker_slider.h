@@ -70,6 +70,7 @@ private:
     int xForMs(const QRect &groove, qint64 positionMs) const;
     void seekToX(int x);
     QRect handleRect(int x) const;
+    bool usesHardwarePainter() const;
     void refreshDescription();
 
     qint64 m_durationMs = 0;
