@@ -19,6 +19,7 @@
 #include "playlist/playlist_thumbnail_store.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
+#include "shell/health_monitor.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
@@ -86,6 +87,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->bindMediaOperations();
     d->pushSettings();
     d->createKeyboard();
+    d->createHealthMonitor();
 
     // The program side is started; whether it came up is told now, with the
     // player's reason, and the start hides the program window.
@@ -293,6 +295,7 @@ void MainController::shutdown()
     d->shortcuts.reset();
     d->viewMenu.reset();
     d->debugSnapshotTimer.stop();
+    d->health.reset();
     d->widgetContext.reset();
 
     // Analysis that has not finished leaves no placeholder in the saved
@@ -463,6 +466,7 @@ bool MainController::startControlSocket(const QString &path)
         return false;
     d->controlSocket = std::move(server);
     d->bindControlCommands();
+    d->bindHealthQuery();
     return true;
 }
 

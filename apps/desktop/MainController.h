@@ -42,6 +42,10 @@ struct MainControllerOptions {
     // Runs as if the EDIT player could not be made (tests of the promise
     // that ON AIR goes on without it).
     bool editPlayerFails = false;
+    // Health figures: how often the program counters and the process are
+    // sampled, and how often the HEALTH record is written.
+    std::chrono::milliseconds healthSampleInterval{1000};
+    std::chrono::milliseconds healthRecordInterval{60000};
 };
 
 // Composition root of the application: owns or parents every long-lived

@@ -30,6 +30,7 @@ class ControllerVolumeInput;
 class DualDeckPlayer;
 class EditPanel;
 class EditSessionController;
+class HealthMonitor;
 class ImageAddDialog;
 class ItemSelection;
 class MediaImportQueue;
@@ -143,6 +144,8 @@ struct MainController::Impl {
     std::unique_ptr<ControllerShortcuts> shortcuts;
     std::unique_ptr<ControllerVolumeInput> volumeInput;
 
+    // The figures of the run for the health query and the HEALTH record.
+    std::unique_ptr<HealthMonitor> health;
     QTimer debugSnapshotTimer;
     std::unique_ptr<ControlSocketServer> controlSocket;
     bool shutDown = false;
@@ -188,6 +191,10 @@ struct MainController::Impl {
 
     // MainController_session.cpp
     void bindControlCommands();
+
+    // MainController_health.cpp
+    void createHealthMonitor();
+    void bindHealthQuery();
 
     // MainController_snapshot.cpp
     void writeDebugSnapshot() const;

@@ -520,6 +520,16 @@ private slots:
         QCOMPARE(process.exitCode(), 0);
         QVERIFY(process.readAllStandardOutput().startsWith(R"({"selectedItemId":null)"));
 
+        // A named query's answer is printed as the application wrote it.
+        const QByteArray health(R"({"uptimeMs":5,"renders5s":null,"retainedPipelines":{"deck":1}})");
+        QObject healthOwner;
+        QVERIFY(server.setQueryHandler("health", &healthOwner, [&] { return QString::fromUtf8(health); }));
+        process.start(QStringLiteral(TARNIXCTL_EXECUTABLE),
+                      {QStringLiteral("--socket"), socketPath(), QStringLiteral("health")});
+        QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 10000);
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(process.readAllStandardOutput(), health + '\n');
+
         process.start(QStringLiteral(TARNIXCTL_EXECUTABLE),
                       {QStringLiteral("--socket"), socketPath(), QStringLiteral(R"({"action":"ProgramPlay"})")});
         QTRY_COMPARE_WITH_TIMEOUT(process.state(), QProcess::NotRunning, 10000);

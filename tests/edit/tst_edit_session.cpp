@@ -3,6 +3,7 @@
 // boundary, the nominal volume, unloading, and a player that cannot be made.
 
 #include "control/controller_operations.h"
+#include "audio/level_reading.h"
 #include "edit/edit_session_controller.h"
 #include "playlist/playlist_model.h"
 #include "playout/dual_deck_program_player.h"
@@ -106,6 +107,20 @@ private slots:
         QCOMPARE(rig.status(), QStringLiteral("EDIT loaded | Clip"));
         QTRY_VERIFY(qAbs(rig.session->player()->positionMs() - 2000) <= 40);
         QTRY_VERIFY(rig.session->durationMs() >= 11900);
+
+        // The meters show what the operator hears: nothing while paused,
+        // though the preroll and the seek ran sound through them.
+        auto inputLeftDb = [&] {
+            double levels[4];
+            rig.session->player()->levels(&levels[0], &levels[1], &levels[2], &levels[3]);
+            return levels[0];
+        };
+        QTest::qWait(60);
+        QCOMPARE(inputLeftDb(), kLevelFloorDb);
+        rig.session->play();
+        QTRY_VERIFY(inputLeftDb() > kLevelFloorDb);
+        rig.session->pause();
+        QCOMPARE(inputLeftDb(), kLevelFloorDb);
 
         QVERIFY(rig.session->beginUnload(rig.clip));
         QTRY_COMPARE_WITH_TIMEOUT(rig.status(), QStringLiteral("EDIT unloaded."), 5000);

@@ -2,6 +2,7 @@
 
 #include "kit/frame_tap.h"
 #include "kit/log_capture.h"
+#include "shell/health_monitor.h"
 #include "support/glib_criticals.h"
 #include "video/program_gpu_compositor.h"
 #include "video/program_layer_slot.h"
@@ -418,6 +419,48 @@ private slots:
         QCOMPARE(compositor.compositionCount(), composed + (change == 5 ? 0 : 1));
         QVERIFY(presenterCaughtUp());
         QCOMPARE(compositor.drawCount(), drawn + (change == 5 ? 0 : 1));
+    }
+
+    // The health figures read the picture's own counters: five seconds of
+    // the frame clock are 300 renders, and a render that comes late on the
+    // monotonic clock is the largest gap.
+    void healthFiguresFollowTheFrameClock()
+    {
+        GstClock *clock = gst_test_clock_new();
+        const auto unrefClock = qScopeGuard([clock] { gst_object_unref(clock); });
+        std::atomic<qint64> renderMs{0};
+        ProgramCompositorOptions options = smallOptions();
+        options.clock = clock;
+        options.monotonicMs = [&] { return renderMs.load(); };
+        ProgramGpuCompositor compositor(options);
+        QVERIFY(compositor.start());
+        QVERIFY(settle(GST_TEST_CLOCK(clock)));
+
+        qint64 healthMs = 0;
+        HealthMonitorOptions healthOptions;
+        healthOptions.monotonicMs = [&] { return healthMs; };
+        HealthMonitor health(healthOptions);
+        health.setProgramCounters([&] {
+            return std::optional(ProgramFrameCounters{compositor.renderCount(), compositor.presentCount(),
+                                                      compositor.publishMisses(), compositor.largestRenderGapMs()});
+        });
+        health.sample();
+        int frame = 0;
+        for (int second = 1; second <= 5; ++second) {
+            for (int k = 0; k < 60; ++k) {
+                ++frame;
+                renderMs += frame == 150 ? 250 : 17;
+                gst_test_clock_set_time(GST_TEST_CLOCK(clock), gst_util_uint64_scale(frame, GST_SECOND, 60));
+                QVERIFY(settle(GST_TEST_CLOCK(clock)));
+            }
+            healthMs += 1000;
+            health.sample();
+        }
+        const HealthFigures figures = health.figures();
+        QCOMPARE(figures.renders5s, std::optional<qint64>(300));
+        QVERIFY(figures.presents5s && *figures.presents5s > 0 && *figures.presents5s <= 300);
+        QCOMPARE(figures.largestRenderGapMs, std::optional<qint64>(250));
+        QCOMPARE(figures.mailboxMisses, std::optional<qint64>(0));
     }
 
     // With an injected clock, each released frame time renders exactly one

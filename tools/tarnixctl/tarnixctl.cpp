@@ -5,6 +5,7 @@
 //   tarnixctl --socket ... '{"action":"SetMasterVolume","args":[{"int":-60}]}'
 //   tarnixctl --socket ... state
 //   tarnixctl --socket ... playlists
+//   tarnixctl --socket ... health
 //   tarnixctl --socket ... importPlaylist show.json
 //   tarnixctl --socket ... exportPlaylist backup.json
 //   tarnixctl --socket ... restorePreviousSession
@@ -50,7 +51,7 @@ QByteArray commandLine(const QString &name, const QStringList &operands)
 QByteArray requestLine(const QString &argument)
 {
     const QString text = argument.trimmed();
-    if (text == QLatin1String("state") || text == QLatin1String("playlists"))
+    if (text == QLatin1String("state") || text == QLatin1String("playlists") || text == QLatin1String("health"))
         return QJsonDocument(QJsonObject{{QStringLiteral("query"), text}}).toJson(QJsonDocument::Compact);
     if (text.startsWith(QLatin1Char('{')))
         return text.toUtf8();
@@ -84,7 +85,8 @@ int main(int argc, char **argv)
     parser.addOption(timeoutOption);
     parser.addPositionalArgument(
         QStringLiteral("request"),
-        QStringLiteral("An action name, \"state\", \"playlists\", a JSON request object, or a command: "
+        QStringLiteral("An action name, \"state\", \"playlists\", \"health\", a JSON request object, or a "
+                       "command: "
                        "importPlaylist PATH, exportPlaylist PATH, restorePreviousSession."));
     parser.process(app);
 

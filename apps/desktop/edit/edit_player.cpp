@@ -128,6 +128,10 @@ struct EditPlayer::Impl {
     // A stop after a load that never started is not the operator's unload.
     bool stopReported = true;
     bool loaded = false;
+    // Between play() and pause(): only then is a level reading sound the
+    // operator hears (a preroll or a seek also runs buffers through the
+    // meters, and their readings arrive after the pause).
+    bool playRequested = false;
     QString errorText;
     bool offline = false;
     double gain = 1.0;
@@ -274,6 +278,7 @@ bool EditPlayer::load(const QString &path, qint64 inMs, QString *error)
     }
     d->errorText.clear();
     d->offline = false;
+    d->playRequested = false;
     std::fill(std::begin(d->levels), std::end(d->levels), kLevelFloorDb);
     QString buildError;
     if (!d->build(&buildError)) {
@@ -356,7 +361,7 @@ EditPlayer::Event EditPlayer::poll()
             event = Event::EndOfStream;
             break;
         case GST_MESSAGE_ELEMENT:
-            if (const std::optional<LevelReading> reading = parseLevelMessage(message)) {
+            if (const std::optional<LevelReading> reading = d->playRequested ? parseLevelMessage(message) : std::nullopt) {
                 const bool input = GST_MESSAGE_SRC(message) == GST_OBJECT(d->inputLevel);
                 d->levels[input ? 0 : 2] = reading->leftDb;
                 d->levels[input ? 1 : 3] = reading->rightDb;
@@ -374,14 +379,18 @@ EditPlayer::Event EditPlayer::poll()
 
 bool EditPlayer::play()
 {
-    return d->loaded && gst_element_set_state(d->playbin, GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+    if (!d->loaded || gst_element_set_state(d->playbin, GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
+        return false;
+    d->playRequested = true;
+    return true;
 }
 
 bool EditPlayer::pause()
 {
     if (!d->loaded || gst_element_set_state(d->playbin, GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE)
         return false;
-    // No readings come while paused: the meters fall to silence.
+    // No readings count while paused: the meters fall to silence.
+    d->playRequested = false;
     std::fill(std::begin(d->levels), std::end(d->levels), kLevelFloorDb);
     return true;
 }

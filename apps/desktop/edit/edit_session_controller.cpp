@@ -159,6 +159,7 @@ bool EditSessionController::Impl::loadFile(const PlaylistItem &loaded)
     emit q->loadedItemChanged(itemId);
     syncPanel();
     tickTimer.start();
+    keepPace();
     return true;
 }
 
@@ -276,10 +277,26 @@ void EditSessionController::Impl::pollPlayer()
     }
 }
 
+void EditSessionController::Impl::keepPace()
+{
+    // Scans count ticks for their cool-downs, so they keep the display pace.
+    const bool scanning = scanDirection != 0 || scanCooldownTicks > 0 || heldTargetTicks > 0;
+    const bool busy = loading || (!scanning && (seekTarget || frameTarget));
+    const auto wanted = busy ? options.busyTickInterval : options.tickInterval;
+    if (tickTimer.isActive() && tickTimer.intervalAsDuration() != wanted)
+        tickTimer.start(wanted);
+}
+
 void EditSessionController::tick()
 {
     if (!d->player)
         return;
+    tickOnce();
+    d->keepPace();
+}
+
+void EditSessionController::tickOnce()
+{
     d->pollPlayer();
     if (!d->itemId || d->loading || !d->player->isLoaded())
         return;
@@ -697,6 +714,7 @@ void EditSessionController::stopPlayback()
     d->frameTarget.reset();
     d->seekTarget = 0;
     d->statusFor(QStringLiteral("Stop"));
+    d->keepPace();
 }
 
 void EditSessionController::seek(qint64 positionMs)
@@ -713,6 +731,7 @@ void EditSessionController::seek(qint64 positionMs)
     }
     d->seekTarget = target;
     d->showPosition();
+    d->keepPace();
 }
 
 void EditSessionController::jumpToStart()
@@ -733,6 +752,7 @@ void EditSessionController::jumpToIn()
         return;
     }
     d->seekTarget = loaded->settings.inPointMs;
+    d->keepPace();
     d->statusFor(text("edit.status.go_to_in", "Go to In point"));
 }
 
@@ -747,6 +767,7 @@ void EditSessionController::jumpToOut()
         return;
     }
     d->seekTarget = out;
+    d->keepPace();
     d->statusFor(text("edit.status.go_to_out", "Go to Out point"));
 }
 
@@ -760,6 +781,7 @@ void EditSessionController::jumpToEnd()
         return;
     }
     d->seekTarget = duration;
+    d->keepPace();
     d->statusFor(text("edit.status.go_to_end", "Go to end"));
 }
 
@@ -796,6 +818,7 @@ void EditSessionController::stepFrames(qint32 frameCount)
     if (d->panel)
         d->panel->showPlaying(false);
     d->showPosition();
+    d->keepPace();
 }
 
 } // namespace tarnix

@@ -29,6 +29,10 @@ public:
     struct Options {
         EditPlayer::Options player;
         std::chrono::milliseconds tickInterval{33};
+        // While a load or a seek is under way the session looks again this
+        // often, so the operator sees the picture when it is there rather
+        // than at the next display tick.
+        std::chrono::milliseconds busyTickInterval{5};
         // Monotonic milliseconds, for the rewind scrub; tests inject their own.
         std::function<qint64()> clock;
         // Writes one line of the scan log (the time stamp is added here).
@@ -118,6 +122,7 @@ signals:
 
 private:
     void tick();
+    void tickOnce();
 
     struct Impl;
     std::unique_ptr<Impl> d;

@@ -70,6 +70,8 @@ struct EditSessionController::Impl {
     void showPosition();
     void showGotoEntries();
     void pollPlayer();
+    // The tick's interval for what is under way (see busyTickInterval).
+    void keepPace();
     void moveRewind();
     void endScan(bool boundary);
 

@@ -48,6 +48,9 @@ struct LogState {
     std::vector<QByteArray> queue;
     std::deque<QString> recent;
     qint64 droppedCount = 0;
+    // Every record lost since the log started, reported or not; read without
+    // the lock.
+    std::atomic<qint64> droppedTotal{0};
     QString directory;
     QString sessionName;
     QString lastError;
@@ -281,6 +284,7 @@ void enqueueLocked(LogState &s, const QByteArray &record, qint64 pid, bool beyon
 {
     if (!beyondLimit && qsizetype(s.queue.size()) >= s.options.queueLimit) {
         ++s.droppedCount;
+        s.droppedTotal.fetch_add(1, std::memory_order_relaxed);
         return;
     }
     if (s.droppedCount > 0) {
@@ -338,6 +342,7 @@ bool startLog(const QString &directory, const LogOptions &options)
         s.queue.clear();
         s.recent.clear();
         s.droppedCount = 0;
+        s.droppedTotal.store(0);
         s.lastError.clear();
         s.stopping = false;
         s.writerExited = false;
@@ -432,6 +437,11 @@ QString lastError()
 bool logStarted()
 {
     return state().started.load();
+}
+
+qint64 logRecordsDropped()
+{
+    return state().droppedTotal.load(std::memory_order_relaxed);
 }
 
 void stopLog()

@@ -52,6 +52,8 @@ QString logSessionName();
 QStringList recentLines();
 QString lastError();
 bool logStarted();
+// Records lost to a full queue since the log started. Never waits.
+qint64 logRecordsDropped();
 
 // Writes "Shutdown complete", gives back the Qt, GLib and GStreamer log
 // hooks, lets the writer empty its queue and joins it. Later writes are

@@ -11,7 +11,8 @@ namespace {
 struct RetainedObjects {
     std::mutex mutex;
     std::vector<GstElement *> pipelines;
-    std::vector<std::shared_ptr<void>> owners;
+    std::vector<std::shared_ptr<void>> objects;
+    QMap<QString, qint64> countByOwner;
 };
 
 // Deliberately never destroyed: static destructors at exit would otherwise
@@ -20,6 +21,16 @@ RetainedObjects &retained()
 {
     static auto *objects = new RetainedObjects;
     return *objects;
+}
+
+QString unnamedOwner()
+{
+    return QStringLiteral("unnamed");
+}
+
+void countRetention(RetainedObjects &objects, const QString &owner)
+{
+    ++objects.countByOwner[owner.isEmpty() ? unnamedOwner() : owner];
 }
 
 GstClockTime toClockTime(std::chrono::milliseconds limit)
@@ -69,7 +80,7 @@ bool stopPipeline(GstElement *element, const QString &label, std::chrono::millis
 }
 
 bool releasePipeline(GstElement *pipeline, const QString &retainWarning,
-                     std::chrono::milliseconds limit)
+                     std::chrono::milliseconds limit, const QString &owner)
 {
     if (!pipeline)
         return true;
@@ -78,33 +89,56 @@ bool releasePipeline(GstElement *pipeline, const QString &retainWarning,
         return true;
     }
     qCWarning(lcPlayout()).noquote() << retainWarning;
-    retainPipelineForProcess(pipeline);
+    retainPipelineForProcess(pipeline, owner);
     return false;
 }
 
-void retainPipelineForProcess(GstElement *pipeline)
+QString retentionOwnerOf(GstElement *pipeline)
+{
+    if (!pipeline)
+        return unnamedOwner();
+    gchar *name = gst_object_get_name(GST_OBJECT(pipeline));
+    const QString text = QString::fromUtf8(name ? name : "");
+    g_free(name);
+    // GStreamer's own names ("pipeline3") have no hyphen and say nothing of
+    // their owner.
+    const qsizetype hyphen = text.indexOf(QLatin1Char('-'));
+    return hyphen > 0 ? text.left(hyphen) : unnamedOwner();
+}
+
+void retainPipelineForProcess(GstElement *pipeline, const QString &owner)
 {
     if (!pipeline)
         return;
+    const QString key = owner.isEmpty() ? retentionOwnerOf(pipeline) : owner;
     RetainedObjects &objects = retained();
     std::lock_guard lock(objects.mutex);
     objects.pipelines.push_back(pipeline);
+    countRetention(objects, key);
 }
 
-void retainForProcess(std::shared_ptr<void> owner)
+void retainForProcess(std::shared_ptr<void> object, const QString &owner)
 {
-    if (!owner)
+    if (!object)
         return;
     RetainedObjects &objects = retained();
     std::lock_guard lock(objects.mutex);
-    objects.owners.push_back(std::move(owner));
+    objects.objects.push_back(std::move(object));
+    countRetention(objects, owner);
 }
 
 std::size_t retainedCount()
 {
     RetainedObjects &objects = retained();
     std::lock_guard lock(objects.mutex);
-    return objects.pipelines.size() + objects.owners.size();
+    return objects.pipelines.size() + objects.objects.size();
+}
+
+QMap<QString, qint64> retainedCountByOwner()
+{
+    RetainedObjects &objects = retained();
+    std::lock_guard lock(objects.mutex);
+    return objects.countByOwner;
 }
 
 } // namespace tarnix

@@ -2,6 +2,7 @@
 
 #include <gst/gst.h>
 
+#include <QMap>
 #include <QString>
 
 #include <chrono>
@@ -13,6 +14,12 @@
 // and a following state query read NULL within the confirmation limit.
 // Otherwise the reference is kept for the rest of the process, because a
 // pipeline whose threads may still run must never be freed under them.
+//
+// Every retention is counted under its owner, a stable word that tells who
+// kept it ("deck", "edit", "program-audio", ...): the one its caller names,
+// or, for a pipeline whose caller names none, the first word of the
+// pipeline's element name ("deck-a-player" is the deck's); anything else is
+// "unnamed".
 //
 // Threads: every function that confirms waits up to the confirmation limit,
 // so it belongs on a worker or the shutdown thread, never on the main thread.
@@ -41,19 +48,26 @@ bool stopPipeline(GstElement *element, const QString &label,
                   std::chrono::milliseconds limit = kNullConfirmationLimit);
 
 // Takes over one reference of the pipeline: confirms NULL and unreferences
-// it, or retains it for the process lifetime and warns with the owner's
-// words. Returns whether the pipeline was freed.
+// it, or retains it for the process lifetime under `owner` and warns with the
+// owner's words. Returns whether the pipeline was freed.
 bool releasePipeline(GstElement *pipeline, const QString &retainWarning,
-                     std::chrono::milliseconds limit = kNullConfirmationLimit);
+                     std::chrono::milliseconds limit = kNullConfirmationLimit, const QString &owner = {});
 
 // Keeps the reference (taken over from the caller) until the process ends.
-void retainPipelineForProcess(GstElement *pipeline);
+void retainPipelineForProcess(GstElement *pipeline, const QString &owner = {});
 
-// Keeps an arbitrary owner (for example a record that holds references whose
-// shutdown could not be confirmed) alive until the process ends.
-void retainForProcess(std::shared_ptr<void> owner);
+// Keeps an arbitrary object (for example a record that holds references
+// whose shutdown could not be confirmed) alive until the process ends.
+void retainForProcess(std::shared_ptr<void> object, const QString &owner = {});
 
-// Number of pipelines and owners retained so far, for diagnostics and tests.
+// The owner word a retention of this pipeline counts under when its caller
+// names none.
+QString retentionOwnerOf(GstElement *pipeline);
+
+// Number of pipelines and objects retained so far, for diagnostics and tests.
 std::size_t retainedCount();
+
+// The same, by owner, in the owners' alphabetical order.
+QMap<QString, qint64> retainedCountByOwner();
 
 } // namespace tarnix

@@ -127,6 +127,8 @@ void UserInfoCenter::post(UserInfoMessage message)
 
 void UserInfoCenter::show(const UserInfoMessage &message)
 {
+    if (!message.awaitingAnswer && rank(message.severity) >= rank(UserInfoSeverity::Warning))
+        ++m_warningsShown;
     m_current = message;
     if (!message.awaitingAnswer && m_timeoutMs > 0)
         m_timer->start(m_timeoutMs);

@@ -59,6 +59,10 @@ public:
     std::optional<UserInfoMessage> current() const;
     QList<UserInfoMessage> waiting() const { return m_waiting; }
     bool timerActive() const;
+    // Warnings and errors shown to the operator since this center was made
+    // (questions excluded). A message pre-empted while it waited was never
+    // shown and is not counted.
+    quint64 warningsShown() const { return m_warningsShown; }
 
     // The name a source is shown by: the catalogue's name for the known
     // sources, the text itself for others.
@@ -78,6 +82,7 @@ private:
     QList<UserInfoMessage> m_waiting;
     QTimer *m_timer = nullptr;
     int m_timeoutMs = 5000;
+    quint64 m_warningsShown = 0;
 };
 
 } // namespace tarnix

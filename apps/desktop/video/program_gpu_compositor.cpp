@@ -220,6 +220,7 @@ struct ProgramGpuCompositor::Impl {
     quint64 lastPicture = 0;
     qint64 lastPresentedPts = -1;
     bool blocksExhausted = false;
+    qint64 lastRenderMs = -1; // monotonic time of the last render
 
     std::unique_ptr<ProgramPresenter> presenter;
     std::unique_ptr<ExposeWatcher> exposeWatcher;
@@ -251,6 +252,9 @@ struct ProgramGpuCompositor::Impl {
     std::atomic<quint64> composed{0};
     std::atomic<quint64> freshRenders{0};
     std::atomic<quint64> ticks{0};
+    // Written by the streaming thread only, so a plain load and store keep
+    // the maximum.
+    std::atomic<qint64> largestRenderGapMs{0};
 
     struct FpsMark {
         qint64 atMs = 0;
@@ -418,6 +422,10 @@ GstBuffer *ProgramGpuCompositor::Impl::produce(const ProgramOverlayTick &tick)
     }
 
     const quint64 sequence = renders.fetch_add(1, std::memory_order_relaxed) + 1;
+    const qint64 renderedAt = nowMs();
+    if (lastRenderMs >= 0 && renderedAt - lastRenderMs > largestRenderGapMs.load(std::memory_order_relaxed))
+        largestRenderGapMs.store(renderedAt - lastRenderMs, std::memory_order_relaxed);
+    lastRenderMs = renderedAt;
     if (deckSampled && GST_CLOCK_TIME_IS_VALID(deckPts) && deckPts != lastDeckPts)
         freshRenders.fetch_add(1, std::memory_order_relaxed);
     lastDeckPts = deckPts;
@@ -627,7 +635,7 @@ ProgramGpuCompositor::~ProgramGpuCompositor()
             gst_app_sink_set_callbacks(GST_APP_SINK(d->monitorSink), &none, nullptr, nullptr);
         }
         d->owner = nullptr;
-        retainForProcess(std::shared_ptr<Impl>(d.release()));
+        retainForProcess(std::shared_ptr<Impl>(d.release()), QStringLiteral("program-video"));
         return;
     }
     if (d->options.clock)
@@ -990,6 +998,11 @@ bool ProgramGpuCompositor::stop()
 quint64 ProgramGpuCompositor::renderCount() const
 {
     return d->renders.load();
+}
+
+qint64 ProgramGpuCompositor::largestRenderGapMs() const
+{
+    return d->largestRenderGapMs.load(std::memory_order_relaxed);
 }
 
 quint64 ProgramGpuCompositor::compositionCount() const

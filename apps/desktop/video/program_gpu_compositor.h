@@ -165,7 +165,12 @@ public:
     quint64 drawCount() const;
     quint64 presentCount() const;
     quint64 clockTicks() const;
+    // Frames the presenter's mailbox could not take because every entry was
+    // held (the presenter keeps showing the frame it has).
     quint64 publishMisses() const;
+    // Longest time between two renders since start, on the monotonic clock
+    // of the options: how long the program picture stood still at worst.
+    qint64 largestRenderGapMs() const;
     qint64 lastPresentedPts() const;
     // Render number of the frame the presenter showed last.
     quint64 lastPresentedSequence() const;

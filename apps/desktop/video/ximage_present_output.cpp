@@ -129,7 +129,8 @@ public:
         m_sink = nullptr;
         if (m_pipeline) {
             releasePipeline(std::exchange(m_pipeline, nullptr),
-                            QStringLiteral("Program presenter output did not stop; it is retained."));
+                            QStringLiteral("Program presenter output did not stop; it is retained."),
+                            kNullConfirmationLimit, QStringLiteral("program-present"));
         }
     }
 
