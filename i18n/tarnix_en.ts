@@ -288,8 +288,8 @@
         <translation>User information: %1, %2, %3</translation>
     </message>
     <message id="edit.pfl.same_device_confirm">
-        <source>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</source>
-        <translation>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</translation>
+        <source>PFL audio will be sent to the on-air output. Are you sure you want to play it?</source>
+        <translation>PFL audio will be sent to the on-air output. Are you sure you want to play it?</translation>
     </message>
     <message id="settings.language.load_failed">
         <source>Could not load the language pack: %1</source>
@@ -1351,21 +1351,37 @@ Drag up or down to adjust</translation>
         <source>PFL %1</source>
         <translation>PFL %1</translation>
     </message>
-    <message id="edit.pfl.on">
+    <message id="edit.pfl.state_on">
         <source>ON</source>
         <translation>ON</translation>
     </message>
-    <message id="edit.pfl.off">
+    <message id="edit.pfl.state_off">
         <source>OFF</source>
         <translation>OFF</translation>
     </message>
-    <message id="edit.pfl.on.tooltip">
+    <message id="edit.pfl.on">
         <source>PFL ON — listening before nominal volume.</source>
         <translation>PFL ON — listening before nominal volume.</translation>
     </message>
-    <message id="edit.pfl.off.tooltip">
+    <message id="edit.pfl.off">
         <source>PFL OFF — listen before nominal volume.</source>
         <translation>PFL OFF — listen before nominal volume.</translation>
+    </message>
+    <message id="edit.pfl.no_device">
+        <source>Choose EDIT PFL Output Device in Settings.</source>
+        <translation>Choose EDIT PFL Output Device in Settings.</translation>
+    </message>
+    <message id="edit.pfl.opening">
+        <source>Opening the PFL output device…</source>
+        <translation>Opening the PFL output device…</translation>
+    </message>
+    <message id="edit.pfl.failed">
+        <source>PFL output is unavailable. Check the selected device, then turn PFL on again.</source>
+        <translation>PFL output is unavailable. Check the selected device, then turn PFL on again.</translation>
+    </message>
+    <message id="edit.pfl.helper_missing">
+        <source>The PFL output component could not be found.</source>
+        <translation>The PFL output component could not be found.</translation>
     </message>
     <message id="edit.status_line.error">
         <source>EDIT ERROR | %1</source>

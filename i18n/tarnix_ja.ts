@@ -288,8 +288,8 @@
         <translation>ユーザー情報: %1、%2、%3</translation>
     </message>
     <message id="edit.pfl.same_device_confirm">
-        <source>EDIT monitoring (PFL) would use the same audio device as ON AIR. Use it anyway?</source>
-        <translation>EDIT のモニター（PFL）が ON AIR と同じオーディオデバイスを使います。このまま使いますか？</translation>
+        <source>PFL audio will be sent to the on-air output. Are you sure you want to play it?</source>
+        <translation>PFL の音声が ON AIR の出力に送られます。再生してもよろしいですか？</translation>
     </message>
     <message id="settings.language.load_failed">
         <source>Could not load the language pack: %1</source>
@@ -1351,21 +1351,37 @@ Drag up or down to adjust</source>
         <source>PFL %1</source>
         <translation>PFL %1</translation>
     </message>
-    <message id="edit.pfl.on">
+    <message id="edit.pfl.state_on">
         <source>ON</source>
         <translation>ON</translation>
     </message>
-    <message id="edit.pfl.off">
+    <message id="edit.pfl.state_off">
         <source>OFF</source>
         <translation>OFF</translation>
     </message>
-    <message id="edit.pfl.on.tooltip">
+    <message id="edit.pfl.on">
         <source>PFL ON — listening before nominal volume.</source>
         <translation>PFL ON — 基準音量の前を試聴しています。</translation>
     </message>
-    <message id="edit.pfl.off.tooltip">
+    <message id="edit.pfl.off">
         <source>PFL OFF — listen before nominal volume.</source>
         <translation>PFL OFF — 基準音量の前を試聴します。</translation>
+    </message>
+    <message id="edit.pfl.no_device">
+        <source>Choose EDIT PFL Output Device in Settings.</source>
+        <translation>設定で EDIT PFL 出力デバイスを選んでください。</translation>
+    </message>
+    <message id="edit.pfl.opening">
+        <source>Opening the PFL output device…</source>
+        <translation>PFL 出力デバイスを開いています…</translation>
+    </message>
+    <message id="edit.pfl.failed">
+        <source>PFL output is unavailable. Check the selected device, then turn PFL on again.</source>
+        <translation>PFL 出力を使用できません。選択したデバイスを確認してから、もう一度 PFL をオンにしてください。</translation>
+    </message>
+    <message id="edit.pfl.helper_missing">
+        <source>The PFL output component could not be found.</source>
+        <translation>PFL 出力コンポーネントが見つかりませんでした。</translation>
     </message>
     <message id="edit.status_line.error">
         <source>EDIT ERROR | %1</source>

@@ -5,12 +5,15 @@
 #include "MainController_impl.h"
 
 #include "control/controller_operations.h"
+#include "audio/edit_pfl_feed.h"
+#include "audio/edit_pfl_output.h"
 #include "edit/edit_operations.h"
 #include "edit/edit_session_controller.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
+#include "shell/user_info_center.h"
 #include "ui/edit_panel.h"
 #include "ui/playlist_panel.h"
 
@@ -29,10 +32,13 @@ constexpr char kScanLogName[] = "tarnix-edit-scan.log";
 void MainController::Impl::createEditSide()
 {
     EditSessionController::Options editOptions;
+    createPflFeed();
+    editOptions.player.pflFeed = pflFeed;
     editOptions.scanLog = [this](const QString &line) { appendScanLog(line); };
     editOptions.failPlayerCreation = options.editPlayerFails;
     editSession = std::make_unique<EditSessionController>(model.get(), selection.data(), editOptions);
     bindEditOperations(operations.get(), editSession.get());
+    createPflOutput();
     if (editPanel) {
         editSession->setPanel(editPanel->view());
         // The nominal EQ stands in the EDIT panel itself: the operation
@@ -81,6 +87,55 @@ void MainController::Impl::createEditSide()
 
 // One line appended per scan event, off the main thread; a line that
 // cannot be written is only logged.
+// The ring EDIT's sound goes through to the PFL helper. Names that a run
+// which died left in shared memory are removed by the file queue.
+void MainController::Impl::createPflFeed()
+{
+    QString error;
+    pflFeed = EditPflFeed::create(&error);
+    if (!pflFeed->hasView())
+        qCWarning(lcEdit()).noquote() << "PFL is unavailable: " + error;
+    backgroundIoQueue->enqueue(
+        [](BackgroundIoQueue::Result &result) {
+            result.errorText = QString::number(EditPflFeed::sweepStaleNames());
+            result.success = true;
+        },
+        [](const BackgroundIoQueue::Result &result) {
+            if (result.errorText != QLatin1String("0"))
+                qCInfo(lcEdit()).noquote() << "PFL removed stale shared memory names: " + result.errorText;
+        });
+}
+
+// PFL between the session and the helper process: the operator's request
+// turns the output on or off, the output's state shows on the panel, and a
+// failure is told in the status line and the message bar.
+void MainController::Impl::createPflOutput()
+{
+    pflOutput = std::make_unique<EditPflOutput>(pflFeed);
+    pflOutput->setDeviceId(readStringSetting(QStringLiteral("audio/editPflOutputDeviceId")));
+    EditSessionController *session = editSession.get();
+    EditPflOutput *output = pflOutput.get();
+    QObject::connect(session, &EditSessionController::pflRequested, output, [output](bool enabled) {
+        qCInfo(lcEdit()).noquote() << QStringLiteral("OP PFL source=UI enabled=%1").arg(enabled ? "true" : "false");
+        output->setEnabled(enabled);
+    });
+    auto showState = [session, output] {
+        session->setPflState(output->canEnable() || output->isActive(), output->isActive());
+    };
+    QObject::connect(output, &EditPflOutput::stateChanged, session, showState);
+    showState();
+    QObject::connect(output, &EditPflOutput::outputError, session, [this, session](const QString &message) {
+        session->showPflFailure(message);
+        userInfoCenter->post(UserInfoSeverity::Warning, QStringLiteral("EDIT"), LocalizedText({}, {}, message));
+    });
+    operations->bind<>(ControllerOperations::TogglePfl, output, [session, output] {
+        if (!session->hasItem() || (!session->isPflOn() && !output->canEnable()))
+            return false;
+        session->togglePfl();
+        return true;
+    });
+}
+
 void MainController::Impl::appendScanLog(const QString &line)
 {
     if (!backgroundIoQueue)

@@ -29,6 +29,8 @@ class ControllerShortcuts;
 class ControllerVolumeInput;
 class DualDeckPlayer;
 class EditPanel;
+class EditPflFeed;
+class EditPflOutput;
 class EditSessionController;
 class HealthMonitor;
 class ImageAddDialog;
@@ -108,6 +110,8 @@ struct MainController::Impl {
 
     // The EDIT session, beside ON AIR, and its panel in the controller window.
     std::unique_ptr<EditSessionController> editSession;
+    std::shared_ptr<EditPflFeed> pflFeed;
+    std::unique_ptr<EditPflOutput> pflOutput;
     QPointer<EditPanel> editPanel;
 
     // File work.
@@ -162,6 +166,8 @@ struct MainController::Impl {
 
     // MainController_edit.cpp
     void createEditSide();
+    void createPflFeed();
+    void createPflOutput();
     void appendScanLog(const QString &line);
 
     // MainController_menus.cpp

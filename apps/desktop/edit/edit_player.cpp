@@ -2,6 +2,7 @@
 
 #include "audio/audio_elements.h"
 #include "audio/level_reading.h"
+#include "edit/edit_pfl_tap.h"
 #include "playout/async_file_preparation.h"
 #include "playout/async_pipeline_stop.h"
 #include "shell/gst_bin_parts.h"
@@ -203,6 +204,9 @@ bool EditPlayer::Impl::build(QString *error)
     gst_app_sink_set_callbacks(GST_APP_SINK(appsink), &callbacks, new std::shared_ptr<FrameSlot>(frames),
                                [](gpointer data) { delete static_cast<std::shared_ptr<FrameSlot> *>(data); });
     applyAudio();
+    // Without the tap EDIT still trims; the operator only cannot listen.
+    if (options.pflFeed && !attachPflTap(volume, options.pflFeed))
+        qCWarning(lcEdit()).noquote() << "Could not create the EDIT PFL tap.";
     bus = gst_element_get_bus(playbin);
     runStreamingThreadsAtNiceness(playbin, options.streamingNice);
     return true;

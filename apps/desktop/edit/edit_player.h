@@ -9,11 +9,13 @@
 
 namespace tarnix {
 
+class EditPflFeed;
+
 // The EDIT player: one file at a time in a playbin of its own, beside ON AIR
 // and never touching it. Its picture ends in an appsink of a fixed size
 // (handed to the panel as QImage), its sound in the nominal chain (level,
 // effects, delay, volume, level) and a fakesink: what the operator hears of
-// EDIT is tapped elsewhere.
+// EDIT is copied into the PFL ring as it enters the nominal volume.
 //
 // Loading prerolls the file at its In point on a worker thread; unloading
 // stops the pipeline on a thread of its own and frees it only once NULL is
@@ -32,6 +34,8 @@ public:
         // How often the load's worker looks at the pipeline's state.
         std::chrono::milliseconds loadStatePoll{10};
         std::chrono::milliseconds nullConfirmationLimit{2000};
+        // Where the sound goes to be heard; none: EDIT is silent.
+        std::shared_ptr<EditPflFeed> pflFeed;
     };
 
     enum class Event {

@@ -1,5 +1,6 @@
 #include "edit/edit_session_controller_impl.h"
 
+#include "audio/edit_pfl_feed.h"
 #include "edit/edit_texts.h"
 #include "shell/log_categories.h"
 
@@ -87,6 +88,7 @@ void EditSessionController::Impl::syncPanel()
     panel->showMediaText(itemId ? itemName : QString());
     panel->setTransportEnabled(player && player->isLoaded() && !loading);
     panel->showPlaying(player && player->isPlaying());
+    panel->showPfl(pflAvailable && itemId != 0, pflOn);
     showItemOnPanel();
     showPosition();
 }
@@ -206,6 +208,7 @@ void EditSessionController::Impl::finishUnload()
         panel->showLevels(-60, -60, -60, -60);
         panel->showPfl(false, false);
     }
+    setPflSource(false);
     syncPanel();
     emit q->pflRequested(false);
     emit q->loadedItemChanged(0);
@@ -223,6 +226,7 @@ void EditSessionController::Impl::pollPlayer()
         switch (event) {
         case EditPlayer::Event::Loaded:
             loading = false;
+            setPflSource(true);
             status(QStringLiteral("EDIT loaded | %1").arg(itemName));
             if (const std::optional<PlaylistItem> loaded = item())
                 player->setNominalGain(std::pow(10.0, loaded->settings.nominalVolumeTenthsDb / 200.0));
@@ -285,6 +289,12 @@ void EditSessionController::Impl::keepPace()
     const auto wanted = busy ? options.busyTickInterval : options.tickInterval;
     if (tickTimer.isActive() && tickTimer.intervalAsDuration() != wanted)
         tickTimer.start(wanted);
+}
+
+void EditSessionController::Impl::setPflSource(bool active)
+{
+    if (options.player.pflFeed)
+        options.player.pflFeed->setSourceActive(active);
 }
 
 void EditSessionController::tick()
@@ -819,6 +829,30 @@ void EditSessionController::stepFrames(qint32 frameCount)
         d->panel->showPlaying(false);
     d->showPosition();
     d->keepPace();
+}
+
+// PFL ----------------------------------------------------------------------------
+
+void EditSessionController::setPflState(bool available, bool on)
+{
+    d->pflAvailable = available;
+    d->pflOn = on;
+    if (d->panel)
+        d->panel->showPfl(available && d->itemId != 0, on);
+}
+
+bool EditSessionController::isPflOn() const { return d->pflOn; }
+
+void EditSessionController::showPflFailure(const QString &message)
+{
+    d->status(message, true);
+    emit pflOutputError(message);
+}
+
+void EditSessionController::togglePfl()
+{
+    if (d->itemId)
+        emit pflRequested(!d->pflOn);
 }
 
 } // namespace tarnix

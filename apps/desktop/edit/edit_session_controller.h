@@ -80,6 +80,14 @@ public:
     // of it is loaded any more.
     bool beginUnload(quint64 itemId, std::function<void()> done = {});
 
+    // What the PFL output can do now and whether the operator hears EDIT;
+    // the panel shows it while an item is loaded.
+    void setPflState(bool available, bool on);
+    bool isPflOn() const;
+    // The PFL output failed: the status line says so, and pflOutputError
+    // tells whoever watches the audio outputs.
+    void showPflFailure(const QString &message);
+
 public slots:
     void toggleStartMode();
     void toggleFadeOut();
@@ -112,6 +120,8 @@ public slots:
     void setNominalEq(qint32 lowTenthsDb, qint32 midTenthsDb, qint32 highTenthsDb);
     void seek(qint64 positionMs);
     void stepFrames(qint32 frameCount);
+    // Asks for PFL on or off (pflRequested); nothing without an item.
+    void togglePfl();
 
 signals:
     void pflRequested(bool enabled);

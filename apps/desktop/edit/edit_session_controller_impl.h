@@ -53,6 +53,8 @@ struct EditSessionController::Impl {
 
     QString statusText;
     bool statusError = false;
+    bool pflAvailable = false;
+    bool pflOn = false;
     std::vector<std::function<void()>> afterUnload;
 
     qint64 now() const;
@@ -70,6 +72,8 @@ struct EditSessionController::Impl {
     void showPosition();
     void showGotoEntries();
     void pollPlayer();
+    // Whether the player's sound is what the PFL ring should carry.
+    void setPflSource(bool active);
     // The tick's interval for what is under way (see busyTickInterval).
     void keepPace();
     void moveRewind();

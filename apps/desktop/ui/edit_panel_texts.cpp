@@ -170,9 +170,9 @@ void EditPanel::Impl::refreshPfl()
     QPushButton *pfl = audio.pfl;
     pfl->setChecked(state.pflOn);
     pfl->setText(text("edit.pfl.button", "PFL %1",
-                      {state.pflOn ? text("edit.pfl.on", "ON") : text("edit.pfl.off", "OFF")}));
-    pfl->setToolTip(withKeys(state.pflOn ? text("edit.pfl.on.tooltip", "PFL ON — listening before nominal volume.")
-                                         : text("edit.pfl.off.tooltip", "PFL OFF — listen before nominal volume."),
+                      {state.pflOn ? text("edit.pfl.state_on", "ON") : text("edit.pfl.state_off", "OFF")}));
+    pfl->setToolTip(withKeys(state.pflOn ? text("edit.pfl.on", "PFL ON — listening before nominal volume.")
+                                         : text("edit.pfl.off", "PFL OFF — listen before nominal volume."),
                              "TogglePfl"));
 }
 
