@@ -1383,6 +1383,38 @@ Drag up or down to adjust</translation>
         <source>The PFL output component could not be found.</source>
         <translation>The PFL output component could not be found.</translation>
     </message>
+    <message id="audio.output.unavailable">
+        <source>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</source>
+        <translation>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</translation>
+    </message>
+    <message id="audio.outputs.check_failed">
+        <source>Could not check the audio devices. Please check the audio device settings.</source>
+        <translation>Could not check the audio devices. Please check the audio device settings.</translation>
+    </message>
+    <message id="audio.output.fallback_applied">
+        <source>%1 audio output setting changed to system default because the device was unavailable.</source>
+        <translation>%1 audio output setting changed to system default because the device was unavailable.</translation>
+    </message>
+    <message id="edit.pfl.device_not_configured">
+        <source>No PFL audio device is configured.</source>
+        <translation>No PFL audio device is configured.</translation>
+    </message>
+    <message id="settings.output.save_failed">
+        <source>Could not save the output device setting.</source>
+        <translation>Could not save the output device setting.</translation>
+    </message>
+    <message id="audio.output.selection_changed">
+        <source>%1 audio output setting changed to %2.</source>
+        <translation>%1 audio output setting changed to %2.</translation>
+    </message>
+    <message id="settings.output.default">
+        <source>System Default</source>
+        <translation>System Default</translation>
+    </message>
+    <message id="settings.output.none">
+        <source>No Device</source>
+        <translation>No Device</translation>
+    </message>
     <message id="edit.status_line.error">
         <source>EDIT ERROR | %1</source>
         <translation>EDIT ERROR | %1</translation>

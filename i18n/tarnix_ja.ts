@@ -1383,6 +1383,38 @@ Drag up or down to adjust</source>
         <source>The PFL output component could not be found.</source>
         <translation>PFL 出力コンポーネントが見つかりませんでした。</translation>
     </message>
+    <message id="audio.output.unavailable">
+        <source>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</source>
+        <translation>ON AIR の音声出力を使用できません。映像の送出は続けられます。音声出力の設定とデバイスの接続を確認してください。</translation>
+    </message>
+    <message id="audio.outputs.check_failed">
+        <source>Could not check the audio devices. Please check the audio device settings.</source>
+        <translation>オーディオデバイスを確認できませんでした。オーディオデバイスの設定を確認してください。</translation>
+    </message>
+    <message id="audio.output.fallback_applied">
+        <source>%1 audio output setting changed to system default because the device was unavailable.</source>
+        <translation>デバイスを使用できなかったため、%1 の音声出力設定をシステムの既定に変更しました。</translation>
+    </message>
+    <message id="edit.pfl.device_not_configured">
+        <source>No PFL audio device is configured.</source>
+        <translation>PFL のオーディオデバイスが設定されていません。</translation>
+    </message>
+    <message id="settings.output.save_failed">
+        <source>Could not save the output device setting.</source>
+        <translation>出力デバイスの設定を保存できませんでした。</translation>
+    </message>
+    <message id="audio.output.selection_changed">
+        <source>%1 audio output setting changed to %2.</source>
+        <translation>%1 の音声出力設定を %2 に変更しました。</translation>
+    </message>
+    <message id="settings.output.default">
+        <source>System Default</source>
+        <translation>システムの既定</translation>
+    </message>
+    <message id="settings.output.none">
+        <source>No Device</source>
+        <translation>デバイスなし</translation>
+    </message>
     <message id="edit.status_line.error">
         <source>EDIT ERROR | %1</source>
         <translation>EDIT ERROR | %1</translation>

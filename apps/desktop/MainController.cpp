@@ -1,6 +1,7 @@
 #include "MainController.h"
 #include "MainController_impl.h"
 
+#include "audio/audio_output_coordinator.h"
 #include "audio/edit_pfl_output.h"
 #include "edit/edit_session_controller.h"
 #include "ui/edit_panel.h"
@@ -312,11 +313,14 @@ void MainController::shutdown()
         d->programPlayout->shutdown();
     if (d->editSession)
         d->editSession->beginUnload(0);
+    if (d->audioOutputs)
+        d->audioOutputs->stop();
     if (d->pflOutput)
         d->pflOutput->shutdown();
     d->waitForShutdown();
     // Whatever EDIT still stops, its stop thread owns.
     d->editSession.reset();
+    d->audioOutputs.reset();
     d->pflOutput.reset();
 
     const bool confirmed = !d->dualDeckPlayer || d->dualDeckPlayer->isShutdownConfirmed();

@@ -4,11 +4,15 @@
 
 #include "MainController_impl.h"
 
-#include "control/controller_operations.h"
+#include "audio/audio_output_coordinator.h"
 #include "audio/edit_pfl_feed.h"
 #include "audio/edit_pfl_output.h"
+#include "audio/program_audio_output.h"
+#include "control/controller_operations.h"
 #include "edit/edit_operations.h"
 #include "edit/edit_session_controller.h"
+#include "playlist/playlist_model.h"
+#include "playout/dual_deck_player.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
@@ -115,10 +119,34 @@ void MainController::Impl::createPflOutput()
     pflOutput->setDeviceId(readStringSetting(QStringLiteral("audio/editPflOutputDeviceId")));
     EditSessionController *session = editSession.get();
     EditPflOutput *output = pflOutput.get();
-    QObject::connect(session, &EditSessionController::pflRequested, output, [output](bool enabled) {
-        qCInfo(lcEdit()).noquote() << QStringLiteral("OP PFL source=UI enabled=%1").arg(enabled ? "true" : "false");
-        output->setEnabled(enabled);
-    });
+    // The operator's request goes through a fresh look at the devices.
+    AudioOutputCoordinator::Hooks hooks;
+    hooks.turnPflOn = [output](const QString &deviceId) {
+        output->setDeviceId(deviceId);
+        output->setEnabled(true);
+    };
+    hooks.turnPflOff = [output] { output->setEnabled(false); };
+    hooks.setProgramDevice = [this](const QString &deviceId) {
+        if (dualDeckPlayer && dualDeckPlayer->audioOutput())
+            dualDeckPlayer->audioOutput()->setRequestedDevice(deviceId);
+    };
+    hooks.activeProgramDevice = [this] {
+        return dualDeckPlayer && dualDeckPlayer->audioOutput() ? dualDeckPlayer->audioOutput()->activeDevice() : QString();
+    };
+    hooks.programStatusKey = [this] {
+        return dualDeckPlayer && dualDeckPlayer->audioOutput() ? dualDeckPlayer->audioOutput()->statusKey() : QString();
+    };
+    hooks.tell = [this](bool warning, const QString &source, const LocalizedText &text, const QString &detail) {
+        userInfoCenter->post(warning ? UserInfoSeverity::Warning : UserInfoSeverity::None, source, text, detail, true);
+    };
+    hooks.askSameDevice = [this] { userInfoCenter->askPflSameDevice(); };
+    audioOutputs = std::make_unique<AudioOutputCoordinator>(new AudioOutputDeviceMonitor, hooks);
+    AudioOutputCoordinator *coordinator = audioOutputs.get();
+    QObject::connect(session, &EditSessionController::pflRequested, coordinator, &AudioOutputCoordinator::pflRequested);
+    QObject::connect(userInfoCenter.get(), &UserInfoCenter::pflSameDeviceAnswered, coordinator,
+                     &AudioOutputCoordinator::pflSameDeviceDecision);
+    QObject::connect(model.get(), &PlaylistModel::mediaAvailabilityCheckRequested, coordinator,
+                     &AudioOutputCoordinator::refresh);
     auto showState = [session, output] {
         session->setPflState(output->canEnable() || output->isActive(), output->isActive());
     };

@@ -29,6 +29,7 @@ class ControllerShortcuts;
 class ControllerVolumeInput;
 class DualDeckPlayer;
 class EditPanel;
+class AudioOutputCoordinator;
 class EditPflFeed;
 class EditPflOutput;
 class EditSessionController;
@@ -112,6 +113,7 @@ struct MainController::Impl {
     std::unique_ptr<EditSessionController> editSession;
     std::shared_ptr<EditPflFeed> pflFeed;
     std::unique_ptr<EditPflOutput> pflOutput;
+    std::unique_ptr<AudioOutputCoordinator> audioOutputs;
     QPointer<EditPanel> editPanel;
 
     // File work.

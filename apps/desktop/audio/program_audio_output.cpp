@@ -271,7 +271,7 @@ ProgramAudioOutput::~ProgramAudioOutput()
     // Threads of the pipeline may still run: everything stays referenced
     // until the process ends.
     qCWarning(lcAudio()).noquote() << text::kUnsafeRelease;
-    retainPipelineForProcess(std::exchange(d->pipeline, nullptr));
+    retainPipelineForProcess(std::exchange(d->pipeline, nullptr), QStringLiteral("program-audio"));
 }
 
 bool ProgramAudioOutput::create(GstBusSyncHandler busHandler, gpointer userData,

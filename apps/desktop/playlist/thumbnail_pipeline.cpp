@@ -34,7 +34,7 @@ bool releaseThumbnailPipeline(GstElement *pipeline, std::chrono::milliseconds li
     }
     qCWarning(lcPlaylist()).noquote() << QString::fromUtf8(outcome.setStateFailed ? kThumbnailRefusedNullText
                                                                                   : kThumbnailUnconfirmedNullText);
-    retainPipelineForProcess(pipeline);
+    retainPipelineForProcess(pipeline, QStringLiteral("thumbnail"));
     return false;
 }
 

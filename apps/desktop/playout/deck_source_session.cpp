@@ -182,7 +182,7 @@ bool DeckSourceSession::Impl::replaceFilePipeline(QString *errorOut)
         retiredStops.push_back(std::move(stop));
     } else {
         qCWarning(lcPlayout()).noquote() << retainWarning;
-        retainForProcess(old);
+        retainForProcess(old, QStringLiteral("deck"));
         if (oldPreparation)
             retainForProcess(oldPreparation);
     }

@@ -185,7 +185,7 @@ DualDeckPlayer::~DualDeckPlayer()
     if (!d->engine->shutdownFinished.load(std::memory_order_acquire)
         || !d->engine->shutdownConfirmed.load(std::memory_order_acquire)) {
         // Threads of a pipeline may still run: the engine stays for the process.
-        retainForProcess(d->engine);
+        retainForProcess(d->engine, QStringLiteral("deck"));
     }
 }
 

@@ -124,7 +124,9 @@ void retainForProcess(std::shared_ptr<void> object, const QString &owner)
     RetainedObjects &objects = retained();
     std::lock_guard lock(objects.mutex);
     objects.objects.push_back(std::move(object));
-    countRetention(objects, owner);
+    // Without an owner it is kept beside a pipeline that is counted.
+    if (!owner.isEmpty())
+        countRetention(objects, owner);
 }
 
 std::size_t retainedCount()

@@ -57,7 +57,9 @@ bool releasePipeline(GstElement *pipeline, const QString &retainWarning,
 void retainPipelineForProcess(GstElement *pipeline, const QString &owner = {});
 
 // Keeps an arbitrary object (for example a record that holds references
-// whose shutdown could not be confirmed) alive until the process ends.
+// whose shutdown could not be confirmed) alive until the process ends. It
+// counts under its owner in retainedCountByOwner(); without one it is a
+// companion of a pipeline that is counted already, and counts nowhere.
 void retainForProcess(std::shared_ptr<void> object, const QString &owner = {});
 
 // The owner word a retention of this pipeline counts under when its caller
