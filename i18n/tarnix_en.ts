@@ -1383,6 +1383,62 @@ Drag up or down to adjust</translation>
         <source>The PFL output component could not be found.</source>
         <translation>The PFL output component could not be found.</translation>
     </message>
+    <message id="settings.output.unavailable">
+        <source>Unavailable — %1</source>
+        <translation>Unavailable — %1</translation>
+    </message>
+    <message id="settings.output.current_program">
+        <source>Current ON AIR output: %1</source>
+        <translation>Current ON AIR output: %1</translation>
+    </message>
+    <message id="settings.output.program_device">
+        <source>ON AIR OUTPUT DEVICE</source>
+        <translation>ON AIR OUTPUT DEVICE</translation>
+    </message>
+    <message id="settings.output.pfl_device">
+        <source>PFL DEVICE</source>
+        <translation>PFL DEVICE</translation>
+    </message>
+    <message id="settings.output.fallback_default">
+        <source>Use system default when the selected ON AIR audio device is not found (ON AIR only)</source>
+        <translation>Use system default when the selected ON AIR audio device is not found (ON AIR only)</translation>
+    </message>
+    <message id="settings.output.same_device">
+        <source>ON AIR OUTPUT DEVICE and PFL DEVICE are the same.</source>
+        <translation>ON AIR OUTPUT DEVICE and PFL DEVICE are the same.</translation>
+    </message>
+    <message id="settings.output.refresh">
+        <source>Refresh</source>
+        <translation>Refresh</translation>
+    </message>
+    <message id="settings.output.apply">
+        <source>Apply</source>
+        <translation>Apply</translation>
+    </message>
+    <message id="settings.output.applying">
+        <source>Applying ON AIR output device…</source>
+        <translation>Applying ON AIR output device…</translation>
+    </message>
+    <message id="settings.output.failed">
+        <source>Could not apply the ON AIR output device. Select an available device and try again.</source>
+        <translation>Could not apply the ON AIR output device. Select an available device and try again.</translation>
+    </message>
+    <message id="settings.output.applied">
+        <source>ON AIR output device applied.</source>
+        <translation>ON AIR output device applied.</translation>
+    </message>
+    <message id="settings.output.pending">
+        <source>Waiting until ON AIR and BGM are stopped.</source>
+        <translation>Waiting until ON AIR and BGM are stopped.</translation>
+    </message>
+    <message id="menu.file.audio_outputs">
+        <source>Audio Outputs…</source>
+        <translation>Audio Outputs…</translation>
+    </message>
+    <message id="audio.outputs.title">
+        <source>Audio Outputs</source>
+        <translation>Audio Outputs</translation>
+    </message>
     <message id="audio.output.unavailable">
         <source>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</source>
         <translation>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</translation>

@@ -1383,6 +1383,62 @@ Drag up or down to adjust</source>
         <source>The PFL output component could not be found.</source>
         <translation>PFL 出力コンポーネントが見つかりませんでした。</translation>
     </message>
+    <message id="settings.output.unavailable">
+        <source>Unavailable — %1</source>
+        <translation>使用不可 — %1</translation>
+    </message>
+    <message id="settings.output.current_program">
+        <source>Current ON AIR output: %1</source>
+        <translation>現在の ON AIR 出力: %1</translation>
+    </message>
+    <message id="settings.output.program_device">
+        <source>ON AIR OUTPUT DEVICE</source>
+        <translation>ON AIR 出力デバイス</translation>
+    </message>
+    <message id="settings.output.pfl_device">
+        <source>PFL DEVICE</source>
+        <translation>PFL デバイス</translation>
+    </message>
+    <message id="settings.output.fallback_default">
+        <source>Use system default when the selected ON AIR audio device is not found (ON AIR only)</source>
+        <translation>選択した ON AIR のオーディオデバイスが見つからないときはシステムの既定を使う（ON AIR のみ）</translation>
+    </message>
+    <message id="settings.output.same_device">
+        <source>ON AIR OUTPUT DEVICE and PFL DEVICE are the same.</source>
+        <translation>ON AIR 出力デバイスと PFL デバイスが同じです。</translation>
+    </message>
+    <message id="settings.output.refresh">
+        <source>Refresh</source>
+        <translation>再読み込み</translation>
+    </message>
+    <message id="settings.output.apply">
+        <source>Apply</source>
+        <translation>適用</translation>
+    </message>
+    <message id="settings.output.applying">
+        <source>Applying ON AIR output device…</source>
+        <translation>ON AIR 出力デバイスを適用しています…</translation>
+    </message>
+    <message id="settings.output.failed">
+        <source>Could not apply the ON AIR output device. Select an available device and try again.</source>
+        <translation>ON AIR 出力デバイスを適用できませんでした。使用できるデバイスを選んで、もう一度試してください。</translation>
+    </message>
+    <message id="settings.output.applied">
+        <source>ON AIR output device applied.</source>
+        <translation>ON AIR 出力デバイスを適用しました。</translation>
+    </message>
+    <message id="settings.output.pending">
+        <source>Waiting until ON AIR and BGM are stopped.</source>
+        <translation>ON AIR と BGM が停止するまで待っています。</translation>
+    </message>
+    <message id="menu.file.audio_outputs">
+        <source>Audio Outputs…</source>
+        <translation>オーディオ出力…</translation>
+    </message>
+    <message id="audio.outputs.title">
+        <source>Audio Outputs</source>
+        <translation>オーディオ出力</translation>
+    </message>
     <message id="audio.output.unavailable">
         <source>ON AIR audio output is unavailable. Video playout can continue. Check the audio output settings and device connection.</source>
         <translation>ON AIR の音声出力を使用できません。映像の送出は続けられます。音声出力の設定とデバイスの接続を確認してください。</translation>

@@ -147,6 +147,8 @@ void MainController::Impl::createPflOutput()
                      &AudioOutputCoordinator::pflSameDeviceDecision);
     QObject::connect(model.get(), &PlaylistModel::mediaAvailabilityCheckRequested, coordinator,
                      &AudioOutputCoordinator::refresh);
+    QObject::connect(userInfoCenter.get(), &UserInfoCenter::audioSettingsRequested, coordinator,
+                     [this] { openAudioOutputs(); });
     auto showState = [session, output] {
         session->setPflState(output->canEnable() || output->isActive(), output->isActive());
     };

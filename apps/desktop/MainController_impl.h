@@ -17,6 +17,7 @@
 #include <optional>
 
 class QAction;
+class QDialog;
 class QFileDialog;
 class QMenu;
 class QMenuBar;
@@ -132,7 +133,9 @@ struct MainController::Impl {
     QPointer<QAction> exportPlaylistAction;
     QPointer<QAction> importPlaylistAction;
     QPointer<QAction> restorePreviousSessionAction;
+    QPointer<QAction> audioOutputsAction;
     QPointer<QAction> exitAction;
+    QPointer<QDialog> audioOutputDialog;
     struct OnAirEntry {
         QPointer<QAction> action;
         int operation = 0;
@@ -170,6 +173,10 @@ struct MainController::Impl {
     void createEditSide();
     void createPflFeed();
     void createPflOutput();
+    // The sound devices: the dialog with the audio output page, and the
+    // operator's choice saved and applied.
+    void openAudioOutputs();
+    void applyAudioOutputs(const QString &programId, const QString &pflId, bool useDefaultWhenMissing);
     void appendScanLog(const QString &line);
 
     // MainController_menus.cpp

@@ -146,6 +146,8 @@ void MainController::Impl::buildControllerWindow()
         addFileAction("restorePreviousSessionAction", [this] { transfer->restorePreviousSession(); });
     // The settings entries join here with the settings dialog.
     fileMenu->addSeparator();
+    audioOutputsAction = addFileAction("audioOutputsAction", [this] { openAudioOutputs(); });
+    fileMenu->addSeparator();
     exitAction = addFileAction("exitAction", [this] { operations->invoke(Ops::Exit); });
 
     onAirMenu = bar->addMenu(QString());
@@ -271,6 +273,8 @@ void MainController::Impl::retranslateMenus()
         importPlaylistAction->setText(localized("menu.file.import_playlist"));
     if (restorePreviousSessionAction)
         restorePreviousSessionAction->setText(localized("menu.file.restore_previous_session"));
+    if (audioOutputsAction)
+        audioOutputsAction->setText(localized("menu.file.audio_outputs"));
     if (exitAction)
         exitAction->setText(localized("menu.file.exit"));
     if (onAirMenu)

@@ -133,7 +133,8 @@ private slots:
         QVERIFY(bar);
         QVERIFY(rig.controllerWindow->findChild<QWidget *>("userInfoBar"));
         QMenu *file = bar->findChild<QMenu *>("fileMenu");
-        QCOMPARE(file->actions().size(), 7);  // five entries and two separators
+        QCOMPARE(file->actions().size(), 9);  // six entries and three separators
+        QCOMPARE(file->findChild<QAction *>("audioOutputsAction")->text(), QStringLiteral("Audio Outputs\u2026"));
         QCOMPARE(file->actions().first()->objectName(), QStringLiteral("addFilesAction"));
         QCOMPARE(file->actions().first()->text(), QStringLiteral("Add Files..."));
         QVERIFY(bar->findChild<QMenu *>("helpMenu")->findChild<QAction *>("debugModeAction"));
