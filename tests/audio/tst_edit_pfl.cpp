@@ -3,14 +3,13 @@
 #include "audio/level_reading.h"
 #include "edit/edit_player.h"
 #include "support/private_pulse_audio.h"
+#include "support/pulse_recording.h"
 #include "support/test_paths.h"
 
-#include <gst/app/gstappsink.h>
 #include <gst/gst.h>
 
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QDeadlineTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -67,39 +66,12 @@ bool writeSine(const QString &path)
 // within ten seconds. PULSE_SERVER names the test's server.
 double monitorPeakDb(const QString &source)
 {
-    GstElement *pipeline = gst_parse_launch(
-        QStringLiteral("pulsesrc device=%1 ! audio/x-raw,format=F32LE,rate=48000,channels=2 ! appsink name=out sync=false")
-            .arg(source)
-            .toUtf8()
-            .constData(),
-        nullptr);
-    GstElement *appsink = gst_bin_get_by_name(GST_BIN(pipeline), "out");
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    const std::size_t skip = 4800 * 2;
-    const std::size_t wanted = skip + 24000 * 2;
-    std::size_t taken = 0;
-    float loudest = 0;
-    QDeadlineTimer deadline(10000);
-    while (taken < wanted && !deadline.hasExpired()) {
-        GstSample *sample = gst_app_sink_try_pull_sample(GST_APP_SINK(appsink), 100 * GST_MSECOND);
-        if (!sample)
-            continue;
-        GstMapInfo map;
-        GstBuffer *buffer = gst_sample_get_buffer(sample);
-        if (gst_buffer_map(buffer, &map, GST_MAP_READ)) {
-            const auto *samples = reinterpret_cast<const float *>(map.data);
-            for (std::size_t i = 0; i < map.size / sizeof(float); ++i, ++taken)
-                if (taken >= skip)
-                    loudest = std::max(loudest, std::abs(samples[i]));
-            gst_buffer_unmap(buffer, &map);
-        }
-        gst_sample_unref(sample);
-    }
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(appsink);
-    gst_object_unref(pipeline);
-    if (taken < wanted)
+    const std::vector<float> samples = test::recordPulseSource(source, 24000);
+    if (samples.empty())
         return NAN;
+    float loudest = 0;
+    for (float sample : samples)
+        loudest = std::max(loudest, std::abs(sample));
     return loudest > 0 ? 20.0 * std::log10(double(loudest)) : -200.0;
 }
 

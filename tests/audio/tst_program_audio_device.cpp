@@ -4,6 +4,7 @@
 #include "support/fake_device_sink.h"
 #include "support/glib_criticals.h"
 #include "support/private_pulse_audio.h"
+#include "support/pulse_recording.h"
 
 #include <gst/app/gstappsink.h>
 
@@ -52,31 +53,10 @@ void stopPipelineNow(GstElement *&pipeline)
 // the first 100 ms pass, and returns the tone level in dBFS (or -inf).
 double recordedToneDbfs(const QString &source, std::size_t frames = 24000)
 {
-    GstElement *pipeline = gst_parse_launch(
-        QStringLiteral("pulsesrc device=%1 ! audio/x-raw,format=F32LE,rate=48000,channels=2 ! "
-                       "appsink name=out sync=false")
-            .arg(source)
-            .toUtf8()
-            .constData(),
-        nullptr);
-    GstElement *appsink = gst_bin_get_by_name(GST_BIN(pipeline), "out");
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    std::vector<float> samples;
-    const std::size_t skip = 4800;
-    QDeadlineTimer deadline(10000);
-    while (samples.size() / 2 < skip + frames && !deadline.hasExpired()) {
-        GstSample *sample = gst_app_sink_try_pull_sample(GST_APP_SINK(appsink), 100 * GST_MSECOND);
-        if (!sample)
-            continue;
-        appendSamples(samples, gst_sample_get_buffer(sample));
-        gst_sample_unref(sample);
-    }
-    gst_element_set_state(pipeline, GST_STATE_NULL);
-    gst_object_unref(appsink);
-    gst_object_unref(pipeline);
-    if (samples.size() / 2 < skip + frames)
+    const std::vector<float> samples = recordPulseSource(source, frames);
+    if (samples.empty())
         return NAN;
-    return toneDbfs(leftRms(samples, skip, frames));
+    return toneDbfs(leftRms(samples, 0, frames));
 }
 
 // The sound server starts a new stream with a delay that depends on the
