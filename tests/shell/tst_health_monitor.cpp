@@ -194,19 +194,37 @@ private slots:
         // reading's own not counted), one thread more for a thread that runs.
         const ProcessFigures before = readProcessFigures();
         QVERIFY(before.rssBytes > 1024 * 1024);
-        int open = 0;
-        for (int fd = 0; fd < 4096; ++fd)
-            open += ::fcntl(fd, F_GETFD) != -1 ? 1 : 0;
-        QCOMPARE(before.openFds, open);
-        std::atomic<bool> release{false};
-        std::thread parked([&] {
-            while (!release.load())
-                QThread::yieldCurrentThread();
-        });
-        const ProcessFigures after = readProcessFigures();
-        release.store(true);
-        parked.join();
-        QCOMPARE(after.threads, before.threads + 1);
+        // Another thread may open or close a descriptor meanwhile: looked at
+        // again until the two counts are of the same moment.
+        auto countOpen = [] {
+            int open = 0;
+            for (int fd = 0; fd < 4096; ++fd)
+                open += ::fcntl(fd, F_GETFD) != -1 ? 1 : 0;
+            return open;
+        };
+        bool same = false;
+        for (int attempt = 0; attempt < 20 && !same; ++attempt) {
+            const int open = countOpen();
+            same = readProcessFigures().openFds == open && countOpen() == open;
+        }
+        QVERIFY(same);
+        // Other threads of the process (a pool's, a worker's of an earlier
+        // case) may come or go between two readings: the count is looked at
+        // again until one pair of readings sees only the parked thread.
+        bool counted = false;
+        for (int attempt = 0; attempt < 20 && !counted; ++attempt) {
+            const int threadsBefore = readProcessFigures().threads;
+            std::atomic<bool> release{false};
+            std::thread parked([&] {
+                while (!release.load())
+                    QThread::yieldCurrentThread();
+            });
+            const int threadsWith = readProcessFigures().threads;
+            release.store(true);
+            parked.join();
+            counted = threadsWith == threadsBefore + 1;
+        }
+        QVERIFY(counted);
         QCOMPARE(readProcessFigures(QStringLiteral("/nonexistent")).openFds, -1);
 
         // What the reader sees outlives the test: the worker may still be
