@@ -143,9 +143,9 @@ bool PulseConnection::listSinks(std::vector<Sink> *sinks, std::string *defaultSi
 
 bool PulseConnection::openStream(const std::string &sink, int timeoutMs, std::string *error)
 {
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32LE, 48000, 2};
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32LE, 48000, 2};
     Lock lock(m_loop);
-    m_stream = pa_stream_new(m_context, "EDIT PFL", &spec, nullptr);
+    m_stream = pa_stream_new(m_context, "EDIT PFL", &format, nullptr);
     if (!m_stream) {
         *error = std::string("pa_stream_new: ") + pa_strerror(pa_context_errno(m_context));
         return false;
@@ -156,7 +156,7 @@ bool PulseConnection::openStream(const std::string &sink, int timeoutMs, std::st
     // enough for a helper that wakes every few milliseconds.
     pa_buffer_attr attributes{};
     attributes.maxlength = std::uint32_t(-1);
-    attributes.tlength = std::uint32_t(pa_usec_to_bytes(40'000, &spec));
+    attributes.tlength = std::uint32_t(pa_usec_to_bytes(40'000, &format));
     attributes.prebuf = std::uint32_t(-1);
     attributes.minreq = std::uint32_t(-1);
     attributes.fragsize = std::uint32_t(-1);
