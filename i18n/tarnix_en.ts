@@ -1383,6 +1383,10 @@ Drag up or down to adjust</translation>
         <source>The PFL output component could not be found.</source>
         <translation>The PFL output component could not be found.</translation>
     </message>
+    <message id="dialog.close">
+        <source>Close</source>
+        <translation>Close</translation>
+    </message>
     <message id="settings.output.unavailable">
         <source>Unavailable — %1</source>
         <translation>Unavailable — %1</translation>

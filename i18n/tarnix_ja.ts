@@ -1383,6 +1383,10 @@ Drag up or down to adjust</source>
         <source>The PFL output component could not be found.</source>
         <translation>PFL 出力コンポーネントが見つかりませんでした。</translation>
     </message>
+    <message id="dialog.close">
+        <source>Close</source>
+        <translation>閉じる</translation>
+    </message>
     <message id="settings.output.unavailable">
         <source>Unavailable — %1</source>
         <translation>使用不可 — %1</translation>

@@ -15,6 +15,7 @@
 
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QPushButton>
 #include <QVBoxLayout>
 
 namespace tarnix {
@@ -39,6 +40,7 @@ void MainController::Impl::openAudioOutputs()
         auto *page = new AudioOutputPage(dialog);
         layout->addWidget(page);
         auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+        buttons->button(QDialogButtonBox::Close)->setText(localized("dialog.close"));
         layout->addWidget(buttons);
         QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::close);
         AudioOutputDeviceMonitor *monitor = audioOutputs->monitor();

@@ -79,6 +79,8 @@ PlaylistMapDialog::PlaylistMapDialog(PlaylistModel *model, QWidget *parent) : QD
     layout->addWidget(m_endpoint);
     layout->addWidget(m_total);
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    // Qt's own words for its standard buttons are not in our catalogues.
+    buttons->button(QDialogButtonBox::Close)->setText(ui::text("dialog.close", "Close"));
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addWidget(buttons);
     resize(760, 420);
