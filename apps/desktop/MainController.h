@@ -46,6 +46,9 @@ struct MainControllerOptions {
     // sampled, and how often the HEALTH record is written.
     std::chrono::milliseconds healthSampleInterval{1000};
     std::chrono::milliseconds healthRecordInterval{60000};
+    // The PFL helper program; empty: tarnix-pfl-output beside the
+    // application.
+    QString pflHelperPath;
 };
 
 // Composition root of the application: owns or parents every long-lived

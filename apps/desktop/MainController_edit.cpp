@@ -13,6 +13,7 @@
 #include "edit/edit_session_controller.h"
 #include "playlist/playlist_model.h"
 #include "playout/dual_deck_player.h"
+#include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
 #include "shell/log_categories.h"
@@ -115,7 +116,9 @@ void MainController::Impl::createPflFeed()
 // failure is told in the status line and the message bar.
 void MainController::Impl::createPflOutput()
 {
-    pflOutput = std::make_unique<EditPflOutput>(pflFeed);
+    EditPflOutput::Options outputOptions;
+    outputOptions.helperPath = options.pflHelperPath;
+    pflOutput = std::make_unique<EditPflOutput>(pflFeed, outputOptions);
     pflOutput->setDeviceId(readStringSetting(QStringLiteral("audio/editPflOutputDeviceId")));
     EditSessionController *session = editSession.get();
     EditPflOutput *output = pflOutput.get();
@@ -140,8 +143,15 @@ void MainController::Impl::createPflOutput()
         userInfoCenter->post(warning ? UserInfoSeverity::Warning : UserInfoSeverity::None, source, text, detail, true);
     };
     hooks.askSameDevice = [this] { userInfoCenter->askPflSameDevice(); };
-    audioOutputs = std::make_unique<AudioOutputCoordinator>(new AudioOutputDeviceMonitor, hooks);
+    AudioOutputDeviceMonitor::Options monitorOptions;
+    monitorOptions.helperPath = options.pflHelperPath;
+    audioOutputs = std::make_unique<AudioOutputCoordinator>(new AudioOutputDeviceMonitor(monitorOptions), hooks);
     AudioOutputCoordinator *coordinator = audioOutputs.get();
+    // A failed program sound is told once, by the coordinator, after it has
+    // looked at the devices: gone and failed read differently.
+    if (programPlayout)
+        QObject::connect(programPlayout.get(), &ProgramPlayoutController::programAudioOutputError, coordinator,
+                         &AudioOutputCoordinator::programAudioOutputError);
     QObject::connect(session, &EditSessionController::pflRequested, coordinator, &AudioOutputCoordinator::pflRequested);
     QObject::connect(userInfoCenter.get(), &UserInfoCenter::pflSameDeviceAnswered, coordinator,
                      &AudioOutputCoordinator::pflSameDeviceDecision);
@@ -158,6 +168,9 @@ void MainController::Impl::createPflOutput()
         session->showPflFailure(message);
         userInfoCenter->post(UserInfoSeverity::Warning, QStringLiteral("EDIT"), LocalizedText({}, {}, message));
     });
+    // The state query's pflOn: the helper is playing what EDIT plays.
+    controlState.setProvider(ControlStateRegistry::Field::PflOn, output,
+                             [output] { return QJsonValue(output->isActive()); });
     operations->bind<>(ControllerOperations::TogglePfl, output, [session, output] {
         if (!session->hasItem() || (!session->isPflOn() && !output->canEnable()))
             return false;

@@ -237,6 +237,8 @@ int main(int argc, char **argv)
 
     tarnix::MainControllerOptions controllerOptions;
     controllerOptions.programOutputSize = programOutputSizeOverride();
+    // Fault tests run a PFL helper built to misbehave.
+    controllerOptions.pflHelperPath = qEnvironmentVariable("TARNIX_TEST_PFL_HELPER");
     // start: main controller
     auto mainController = std::make_unique<tarnix::MainController>(
         programVideoWindow.get(), controllerWindow, programOutput4k, languageManager.get(), controllerOptions);

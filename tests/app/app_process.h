@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QTemporaryDir>
@@ -59,10 +60,14 @@ public:
         env.insert("TARNIX_TEST_PROGRAM_OUTPUT_SIZE", m_outputSize);
         if (!m_display.isEmpty())
             env.insert("DISPLAY", m_display);
+        for (auto it = m_extra.cbegin(); it != m_extra.cend(); ++it)
+            env.insert(it.key(), it.value());
         return env;
     }
 
     void setProgramOutputSize(const QString &size) { m_outputSize = size; }
+    // A variable of the application's environment, for its next start.
+    void setEnvironmentValue(const QString &name, const QString &value) { m_extra.insert(name, value); }
     void setPulseServer(const QString &address) { m_pulseServer = address; }
     // An X display to run on; none: offscreen.
     void setDisplay(const QString &display) { m_display = display; }
@@ -115,6 +120,13 @@ public:
     }
 
     QString console() { return QString::fromLocal8Bit(m_process.readAll()); }
+    qint64 processId() const { return m_process.processId(); }
+    // SIGKILL: no shutdown of any kind.
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished(10000);
+    }
 
     QStringList logMessages() const { return messages(logRecords(logDirectory())); }
     bool logContains(const QString &text) const { return !logMessages().filter(text).isEmpty(); }
@@ -124,6 +136,7 @@ private:
     QString m_outputSize = QStringLiteral("320x180");
     QString m_display;
     QString m_pulseServer;
+    QMap<QString, QString> m_extra;
     QProcess m_process;
 };
 

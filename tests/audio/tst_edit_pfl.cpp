@@ -10,6 +10,7 @@
 
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -273,6 +274,27 @@ private slots:
         output.shutdown();
         QTRY_VERIFY(output.hasFinished());
         player->unload();
+    }
+
+    // Once locked down the helper may make threads (the sound server's
+    // client needs them) but can neither start nor become another program.
+    void helperCannotStartAProcess()
+    {
+        QTemporaryDir directory;
+        QFile fault(directory.filePath(QStringLiteral("fault")));
+        QVERIFY(fault.open(QIODevice::WriteOnly));
+        fault.write("spawn\n");
+        fault.close();
+        QProcess faulty;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TARNIX_PFL_HELPER_FAULT_FILE"), fault.fileName());
+        faulty.setProcessEnvironment(environment);
+        faulty.start(QStringLiteral(TARNIX_FAULTY_PFL_HELPER), {QStringLiteral("--list")});
+        QVERIFY(faulty.waitForFinished(10000));
+        const QString said = QString::fromLocal8Bit(faulty.readAllStandardOutput());
+        QVERIFY2(faulty.exitStatus() == QProcess::NormalExit && faulty.exitCode() == 0, qPrintable(said));
+        for (const char *line : {"fork refused", "posix_spawn refused", "execve refused", "thread ran"})
+            QVERIFY2(said.contains(QLatin1String(line)), qPrintable(said));
     }
 };
 

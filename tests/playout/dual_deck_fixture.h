@@ -64,7 +64,10 @@ public:
         return QTest::qWaitFor(
             [this] {
                 player->poll();
-                return player->isPresenterRunning() && frames->last().sequence > 0;
+                // A take needs the program sound to be up, as it does in the
+                // application.
+                return player->isPresenterRunning() && frames->last().sequence > 0
+                       && (!player->audioOutput() || player->audioOutput()->hasUsableDevice());
             },
             8000);
     }

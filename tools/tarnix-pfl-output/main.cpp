@@ -30,6 +30,18 @@
 namespace pfl = tarnix::pfl;
 using namespace pfl_helper;
 
+#ifdef TARNIX_PFL_HELPER_FAULTS
+// The fault tests' build: misbehaviour chosen by the environment, once the
+// helper has locked itself down and once it plays.
+namespace pfl_helper::faults {
+void afterFilter();
+void whilePlaying();
+} // namespace pfl_helper::faults
+#define PFL_HELPER_FAULT(point) pfl_helper::faults::point()
+#else
+#define PFL_HELPER_FAULT(point) ((void)0)
+#endif
+
 namespace {
 
 constexpr int kServerTimeoutMs = 3000;
@@ -74,6 +86,7 @@ int list()
         std::fprintf(stderr, "%s\n", error.c_str());
         return 2;
     }
+    PFL_HELPER_FAULT(afterFilter);
     PulseConnection pulse;
     std::vector<Sink> sinks;
     std::string defaultSink;
@@ -142,6 +155,7 @@ int play(const char *mapName, const std::string &device, int parentPid)
         return fail(shared, FailureStream, error);
     std::printf("playing on %s\n", sink->name.c_str());
     std::fflush(stdout);
+    PFL_HELPER_FAULT(whilePlaying);
     return RingPlayer(shared, &pulse, parentPid).run();
 }
 

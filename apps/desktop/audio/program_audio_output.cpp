@@ -20,9 +20,12 @@ namespace {
 namespace text = program_audio_text;
 
 // One launch description; %1 is the output sink. Each receiver's chain ends
-// in a gain that decides whether it is heard.
+// in a gain that decides whether it is heard. The mixer waits 30 ms for a
+// late receiver before it mixes without it: a deck whose sound comes a
+// little late (a busy moment on the machine, another pipeline starting)
+// is heard late by that much instead of leaving a hole in the program.
 const char kProgramDescription[] =
-    "audiomixer name=program-audio-mixer force-live=true ignore-inactive-pads=true ! "
+    "audiomixer name=program-audio-mixer force-live=true ignore-inactive-pads=true latency=30000000 ! "
     "audioconvert ! audioresample ! "
     "audio/x-raw,format=F32LE,rate=48000,channels=2,layout=interleaved ! "
     "tarnixaudioeffects name=program-audio-effects slot=master ! "

@@ -9,6 +9,7 @@
 #include "shell/log_categories.h"
 
 #include <QJsonValue>
+#include <QMetaMethod>
 
 #include <algorithm>
 #include <chrono>
@@ -390,8 +391,11 @@ void ProgramPlayoutController::Impl::handleError(const QString &text, bool progr
     if (programAudio) {
         // The picture plays on; only the sound has gone.
         finishMacroTransport(false, text);
-        post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_unavailable"),
-             texts::audioOutputUnavailableFallback(), text);
+        if (q->isSignalConnected(QMetaMethod::fromSignal(&ProgramPlayoutController::programAudioOutputError)))
+            emit q->programAudioOutputError(text);
+        else
+            post(UserInfoSeverity::Warning, QStringLiteral("program.warning.audio_output_unavailable"),
+                 texts::audioOutputUnavailableFallback(), text);
         return;
     }
     const std::optional<PlaylistItem> item = currentItem();

@@ -164,6 +164,10 @@ signals:
     void macroTransportFinished(quint64 requestId, bool success, const QString &error);
     // A reservation without a pending request ended.
     void macroPrepareFailed(const QString &text);
+    // The program sound failed while the picture plays on. Whoever listens
+    // looks at the devices again and tells the operator; with nobody
+    // listening the controller tells the operator itself.
+    void programAudioOutputError(const QString &detail);
 
 public:
     struct Impl;
