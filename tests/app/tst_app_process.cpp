@@ -136,7 +136,7 @@ private slots:
         QVERIFY2(QRegularExpression(R"(^\{"selectedItemId":1,"onAirItemId":1,"cueItemId":[^,]+,"dskItemId":null,)"
                                     R"("bgmItemId":null,"currentDeck":[01],"positionMs":\d+,"remainingMs":\d+,)"
                                     R"("programPlaying":true,"ftbActive":false,"playbackRate":1(\.0)?,)"
-                                    R"("editItemId":(null|1),"editPositionMs":(null|\d+),"pflOn":null\}$)")
+                                    R"("editItemId":(null|1),"editPositionMs":(null|\d+),"pflOn":false\}$)")
                      .match(QString::fromUtf8(stateLine))
                      .hasMatch(),
                  stateLine.constData());
