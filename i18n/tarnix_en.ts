@@ -1675,5 +1675,129 @@ Drag up or down to adjust</translation>
         <source>Scan boundary</source>
         <translation>Scan boundary</translation>
     </message>
+    <message id="info.source.bgm">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
+    <message id="program.bgm.no_playable_item">
+        <source>No playable item was found in the current BGM playlist.</source>
+        <translation>No playable item was found in the current BGM playlist.</translation>
+    </message>
+    <message id="program.bgm.stop_failed">
+        <source>BGM could not be stopped. Press STOP again to reset it.</source>
+        <translation>BGM could not be stopped. Press STOP again to reset it.</translation>
+    </message>
+    <message id="program.bgm.audio_output_changing">
+        <source>ON AIR audio output is being prepared or changed. Press BGM PLAY again after it finishes.</source>
+        <translation>ON AIR audio output is being prepared or changed. Press BGM PLAY again after it finishes.</translation>
+    </message>
+    <message id="program.bgm.audio_output_unavailable">
+        <source>ON AIR audio output is unavailable. Check audio output settings and press BGM PLAY again after recovery.</source>
+        <translation>ON AIR audio output is unavailable. Check audio output settings and press BGM PLAY again after recovery.</translation>
+    </message>
+    <message id="program.bgm.play_failed">
+        <source>BGM playback failed.</source>
+        <translation>BGM playback failed.</translation>
+    </message>
+    <message id="program.bgm.transition_failed">
+        <source>The BGM item transition could not be completed.</source>
+        <translation>The BGM item transition could not be completed.</translation>
+    </message>
+    <message id="program.bgm.skipped_item">
+        <source>Skipped BGM item: %1</source>
+        <translation>Skipped BGM item: %1</translation>
+    </message>
+    <message id="program.bgm.current_item">
+        <source>Current BGM: %1</source>
+        <translation>Current BGM: %1</translation>
+    </message>
+    <message id="program.bgm.no_item">
+        <source>No BGM item</source>
+        <translation>No BGM item</translation>
+    </message>
+    <message id="program.bgm.controls_hidden_after_stop">
+        <source>The BGM controls will be hidden after BGM stops.</source>
+        <translation>The BGM controls will be hidden after BGM stops.</translation>
+    </message>
+    <message id="program.bgm.state.stopped">
+        <source>STOPPED</source>
+        <translation>STOPPED</translation>
+    </message>
+    <message id="program.bgm.state.loading">
+        <source>LOADING</source>
+        <translation>LOADING</translation>
+    </message>
+    <message id="program.bgm.state.playing">
+        <source>PLAYING</source>
+        <translation>PLAYING</translation>
+    </message>
+    <message id="program.bgm.state.paused">
+        <source>PAUSED</source>
+        <translation>PAUSED</translation>
+    </message>
+    <message id="program.bgm.state.fade_in">
+        <source>FADE IN</source>
+        <translation>FADE IN</translation>
+    </message>
+    <message id="program.bgm.state.fade_out">
+        <source>FADE OUT</source>
+        <translation>FADE OUT</translation>
+    </message>
+    <message id="program.bgm.state.faded_out">
+        <source>FADED OUT (VOLUME 0)</source>
+        <translation>FADED OUT (VOLUME 0)</translation>
+    </message>
+    <message id="program.bgm.state.error">
+        <source>ERROR</source>
+        <translation>ERROR</translation>
+    </message>
+    <message id="program.bgm.signal_detected">
+        <source>BGM signal detected</source>
+        <translation>BGM signal detected</translation>
+    </message>
+    <message id="program.bgm.signal_clipping">
+        <source>BGM input is clipping</source>
+        <translation>BGM input is clipping</translation>
+    </message>
+    <message id="program.bgm.no_signal">
+        <source>No BGM signal</source>
+        <translation>No BGM signal</translation>
+    </message>
+    <message id="program.bgm.show_fader">
+        <source>Show BGM fader</source>
+        <translation>Show BGM fader</translation>
+    </message>
+    <message id="program.bgm.show_item_fader">
+        <source>Show ITEM fader</source>
+        <translation>Show ITEM fader</translation>
+    </message>
+    <message id="program.bgm.title">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
+    <message id="program.bgm.play">
+        <source>BGM PLAY</source>
+        <translation>BGM PLAY</translation>
+    </message>
+    <message id="program.bgm.pause">
+        <source>BGM PAUSE</source>
+        <translation>BGM PAUSE</translation>
+    </message>
+    <message id="program.bgm.stop">
+        <source>BGM STOP</source>
+        <translation>BGM STOP</translation>
+    </message>
+    <message id="program.bgm.fade_in">
+        <source>BGM FADE IN</source>
+        <translation>BGM FADE IN</translation>
+    </message>
+    <message id="program.bgm.fade_out">
+        <source>BGM FADE OUT</source>
+        <translation>BGM FADE OUT</translation>
+    </message>
+    <message id="program.audio.bgm">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
 </context>
 </TS>

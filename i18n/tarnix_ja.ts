@@ -1675,5 +1675,129 @@ Drag up or down to adjust</source>
         <source>Scan boundary</source>
         <translation>スキャン境界</translation>
     </message>
+    <message id="info.source.bgm">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
+    <message id="program.bgm.no_playable_item">
+        <source>No playable item was found in the current BGM playlist.</source>
+        <translation>現在の BGM プレイリストに再生できる項目が見つかりませんでした。</translation>
+    </message>
+    <message id="program.bgm.stop_failed">
+        <source>BGM could not be stopped. Press STOP again to reset it.</source>
+        <translation>BGM を停止できませんでした。もう一度 STOP を押してリセットしてください。</translation>
+    </message>
+    <message id="program.bgm.audio_output_changing">
+        <source>ON AIR audio output is being prepared or changed. Press BGM PLAY again after it finishes.</source>
+        <translation>ON AIR の音声出力を準備中または変更中です。完了後にもう一度 BGM 再生を押してください。</translation>
+    </message>
+    <message id="program.bgm.audio_output_unavailable">
+        <source>ON AIR audio output is unavailable. Check audio output settings and press BGM PLAY again after recovery.</source>
+        <translation>ON AIR の音声出力を使用できません。音声出力の設定を確認し、復旧後にもう一度 BGM 再生を押してください。</translation>
+    </message>
+    <message id="program.bgm.play_failed">
+        <source>BGM playback failed.</source>
+        <translation>BGM の再生に失敗しました。</translation>
+    </message>
+    <message id="program.bgm.transition_failed">
+        <source>The BGM item transition could not be completed.</source>
+        <translation>BGM の項目の切り替えを完了できませんでした。</translation>
+    </message>
+    <message id="program.bgm.skipped_item">
+        <source>Skipped BGM item: %1</source>
+        <translation>BGM の項目をスキップしました: %1</translation>
+    </message>
+    <message id="program.bgm.current_item">
+        <source>Current BGM: %1</source>
+        <translation>現在の BGM: %1</translation>
+    </message>
+    <message id="program.bgm.no_item">
+        <source>No BGM item</source>
+        <translation>BGM の項目なし</translation>
+    </message>
+    <message id="program.bgm.controls_hidden_after_stop">
+        <source>The BGM controls will be hidden after BGM stops.</source>
+        <translation>BGM のコントロールは BGM の停止後に非表示になります。</translation>
+    </message>
+    <message id="program.bgm.state.stopped">
+        <source>STOPPED</source>
+        <translation>停止</translation>
+    </message>
+    <message id="program.bgm.state.loading">
+        <source>LOADING</source>
+        <translation>読み込み中</translation>
+    </message>
+    <message id="program.bgm.state.playing">
+        <source>PLAYING</source>
+        <translation>再生中</translation>
+    </message>
+    <message id="program.bgm.state.paused">
+        <source>PAUSED</source>
+        <translation>一時停止</translation>
+    </message>
+    <message id="program.bgm.state.fade_in">
+        <source>FADE IN</source>
+        <translation>フェードイン</translation>
+    </message>
+    <message id="program.bgm.state.fade_out">
+        <source>FADE OUT</source>
+        <translation>フェードアウト</translation>
+    </message>
+    <message id="program.bgm.state.faded_out">
+        <source>FADED OUT (VOLUME 0)</source>
+        <translation>フェードアウト済み（音量 0）</translation>
+    </message>
+    <message id="program.bgm.state.error">
+        <source>ERROR</source>
+        <translation>エラー</translation>
+    </message>
+    <message id="program.bgm.signal_detected">
+        <source>BGM signal detected</source>
+        <translation>BGM の信号を検出しています</translation>
+    </message>
+    <message id="program.bgm.signal_clipping">
+        <source>BGM input is clipping</source>
+        <translation>BGM の入力がクリップしています</translation>
+    </message>
+    <message id="program.bgm.no_signal">
+        <source>No BGM signal</source>
+        <translation>BGM の信号なし</translation>
+    </message>
+    <message id="program.bgm.show_fader">
+        <source>Show BGM fader</source>
+        <translation>BGM フェーダーを表示</translation>
+    </message>
+    <message id="program.bgm.show_item_fader">
+        <source>Show ITEM fader</source>
+        <translation>ITEM フェーダーを表示</translation>
+    </message>
+    <message id="program.bgm.title">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
+    <message id="program.bgm.play">
+        <source>BGM PLAY</source>
+        <translation>BGM 再生</translation>
+    </message>
+    <message id="program.bgm.pause">
+        <source>BGM PAUSE</source>
+        <translation>BGM 一時停止</translation>
+    </message>
+    <message id="program.bgm.stop">
+        <source>BGM STOP</source>
+        <translation>BGM 停止</translation>
+    </message>
+    <message id="program.bgm.fade_in">
+        <source>BGM FADE IN</source>
+        <translation>BGM フェードイン</translation>
+    </message>
+    <message id="program.bgm.fade_out">
+        <source>BGM FADE OUT</source>
+        <translation>BGM フェードアウト</translation>
+    </message>
+    <message id="program.audio.bgm">
+        <source>BGM</source>
+        <translation>BGM</translation>
+    </message>
 </context>
 </TS>

@@ -176,8 +176,10 @@ void MainController::Impl::createProgramSide()
         userInfoCenter.get(), operations.get(), &controlState);
     if (playlistPanel)
         programPlayout->setPlaylistPanel(playlistPanel->programView());
-    if (programPanel)
+    if (programPanel) {
         programPlayout->setProgramPanel(programPanel->view());
+        programPlayout->setBgmPanel(programPanel->bgmView());
+    }
 }
 
 // Keys reach the operations once every owner has bound its operations and

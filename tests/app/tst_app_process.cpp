@@ -85,9 +85,10 @@ private:
     }
 
     // Imports the show, selects the first clip and takes it ON AIR.
+    // An empty show name takes from the playlists already there.
     static bool takeFirstClip(AppProcess &app, const QString &show)
     {
-        if (app.ctl({"importPlaylist", show}).line != R"({"ok":true})")
+        if (!show.isEmpty() && app.ctl({"importPlaylist", show}).line != R"({"ok":true})")
             return false;
         if (app.ctl({R"({"action":"SelectItem","args":[{"uint64":"1"}]})"}).object().value("status") != "Invoked")
             return false;
@@ -468,6 +469,76 @@ private slots:
         QVERIFY(before && after);
         QCOMPARE(after->playlists, before->playlists);
         QCOMPARE(after->items, before->items);
+        QCOMPARE(again.terminate(), 0);
+    }
+
+    // BGM beside ON AIR, from the outside: a two-item BGM playlist plays
+    // while a clip is taken and goes OFF AIR, the state query tells both
+    // items, and the previous session brings the BGM playlist back as one.
+    void bgmBesideOnAirOverTheSocket()
+    {
+        PlaylistDocument show = twoClips();
+        Playlist music;
+        music.number = 2;
+        music.name = QStringLiteral("Music");
+        music.mode = PlaylistMode::bgm;
+        show.playlists << music;
+        for (int i = 0; i < 2; ++i) {
+            const QString path = m_files.filePath(QStringLiteral("song-%1.wav").arg(i + 1));
+            QString error;
+            QVERIFY2(testkit::generateClip(path, testkit::toneWavBody({470, 0.3}), &error), qPrintable(error));
+            PlaylistItem song;
+            song.id = quint64(3 + i);
+            song.position = quint32(i + 1);
+            song.playlistNumber = 2;
+            song.filePath = path;
+            song.displayName = QStringLiteral("song %1").arg(i + 1);
+            song.mediaType = PlaylistMediaType::audio;
+            song.settings.endMode = PlaylistEndMode::next;
+            show.items << song;
+        }
+        show.nextItemId = 5;
+        const QString file = m_files.filePath("show-with-bgm.json");
+        QVERIFY(writePlaylistFile(file, show));
+
+        QTemporaryDir home;
+        {
+            const std::unique_ptr<AppProcess> owned = application(home);
+            AppProcess &app = *owned;
+            QVERIFY2(app.start(), qPrintable(app.console()));
+            QCOMPARE(app.ctl({"importPlaylist", file}).line, QByteArray(R"({"ok":true})"));
+            QCOMPARE(app.ctl({R"({"action":"SelectItem","args":[{"uint64":"3"}]})"}).object().value("status"),
+                     QJsonValue("Invoked"));
+            // Play is refused while the program audio output comes up; the
+            // operator would press again.
+            QVERIFY(QTest::qWaitFor(
+                [&] {
+                    if (field(app.state(), "bgmItemId") == 3)
+                        return true;
+                    (void)app.ctl({"BgmPlay"});
+                    return QTest::qWaitFor([&] { return field(app.state(), "bgmItemId") == 3; }, 1000);
+                },
+                20000));
+            QVERIFY(takeFirstClip(app, QString()));
+            QVERIFY(QRegularExpression(R"("onAirItemId":1,.*"bgmItemId":3,)").match(QString::fromUtf8(app.ctl({"state"}).line)).hasMatch());
+            QCOMPARE(app.ctl({"OffAir"}).exitCode, 0);
+            QVERIFY(QTest::qWaitFor([&] { return app.state().value("onAirItemId").isNull(); }, 10000));
+            QCOMPARE(field(app.state(), "bgmItemId"), 3);
+            QCOMPARE(app.ctl({"BgmStop"}).exitCode, 0);
+            QVERIFY(QTest::qWaitFor([&] { return app.state().value("bgmItemId").isNull(); }, 5000));
+            const QStringList log = app.logMessages();
+            QVERIFY(!log.filter(QRegularExpression("^OP request id=\\d+ action=BgmPlay .* source=Remote ")).isEmpty());
+            QCOMPARE(app.terminate(), 0);
+        }
+        AppProcess again(home);
+        QVERIFY2(again.start(), qPrintable(again.console()));
+        QCOMPARE(again.ctl({"restorePreviousSession"}).line, QByteArray(R"({"ok":true})"));
+        const QString exported = home.filePath("after-restore.json");
+        QCOMPARE(again.ctl({"exportPlaylist", exported}).line, QByteArray(R"({"ok":true})"));
+        const std::optional<PlaylistDocument> after = readPlaylistFile(exported);
+        QVERIFY(after);
+        QCOMPARE(after->playlists.size(), 2);
+        QCOMPARE(after->playlists.at(1).mode, PlaylistMode::bgm);
         QCOMPARE(again.terminate(), 0);
     }
 

@@ -121,6 +121,22 @@ private slots:
         QCOMPARE(rig.model.snapshot(), before);
     }
 
+    // A BGM playlist comes back from the previous session as one.
+    void previousSessionKeepsTheBgmMode()
+    {
+        Rig rig;
+        const qint32 music = rig.model.addPlaylist();
+        QVERIFY(rig.model.setPlaylistMode(music, PlaylistMode::bgm));
+        rig.add("song.wav", music);
+        rig.add("clip.mp4");
+        QVERIFY(rig.run([&](auto done) { rig.transfer.savePreviousSession(done); }).success);
+        QVERIFY(rig.model.setPlaylistMode(music, PlaylistMode::standard));
+        QVERIFY(rig.run([&](auto done) { rig.transfer.restorePreviousSession(done); }).success);
+        QCOMPARE(rig.model.playlistMode(music), PlaylistMode::bgm);
+        QCOMPARE(rig.model.playlistMode(1), PlaylistMode::standard);
+        QCOMPARE(rig.model.itemCount(music), 1);
+    }
+
     void failuresOfTheSessionFileAndExportAreTold()
     {
         Rig rig;

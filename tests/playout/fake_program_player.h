@@ -223,6 +223,10 @@ public:
     ProgramLevelTimeline::Snapshot levelSnapshot() override { return levels; }
     void poll() override {}
     void beginShutdown() override {}
+    BgmPlayer *bgmPlayer() override { return bgm; }
+
+    // The BGM deck beside the decks, when the test gives one.
+    BgmPlayer *bgm = nullptr;
 
 private:
     int m_event = NoEvent;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kit/item_request.h"
+#include "fake_bgm_player.h"
 #include "fake_program_player.h"
 
 #include "control/control_state_registry.h"
@@ -30,6 +31,7 @@ struct ProgramPlayoutRig {
     ControlStateRegistry state;
     SelectionHolder selection{&model, &operations};
     FakeProgramPlayer *player = nullptr;
+    FakeBgmPlayer bgm;
     std::unique_ptr<ProgramPlayoutController> controller;
 
     // `adjust` changes the options before the controller is built (e.g. to
@@ -38,6 +40,7 @@ struct ProgramPlayoutRig {
     {
         auto fake = std::make_unique<FakeProgramPlayer>();
         player = fake.get();
+        fake->bgm = &bgm;
         ProgramPlayoutOptions options;
         options.startTimers = false;
         options.monotonicMs = [this] { return clockMs; };

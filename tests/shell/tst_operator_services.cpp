@@ -121,7 +121,7 @@ private slots:
         }
         // Studio words kept in Latin letters on Japanese consoles too, and
         // texts that are only a format.
-        const QSet<QString> keptAsIs{"EDIT", "UVC", "ON AIR", "OFF AIR", "GOTO", "%1 %2%",
+        const QSet<QString> keptAsIs{"EDIT", "UVC", "BGM", "ON AIR", "OFF AIR", "GOTO", "%1 %2%",
                                      "ON", "OFF", "PFL %1", "P%1-%2  %3", "EDIT ERROR | %1"};
         QStringList sameAsEnglish;
         for (auto it = english.cbegin(); it != english.cend(); ++it) {

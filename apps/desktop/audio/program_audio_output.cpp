@@ -3,6 +3,7 @@
 #include "audio/audio_elements.h"
 #include "audio/program_audio_device_change.h"
 #include "audio/program_audio_texts.h"
+#include "audio/volume_ramp.h"
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
 
@@ -563,7 +564,32 @@ bool ProgramAudioOutput::setBgmManualFadeVolume(double gain)
 
 bool ProgramAudioOutput::setBgmTransportVolume(double gain)
 {
+    clearVolumeRamp(d->bgmTransportVolume);
     return writeGain(d->bgmTransportVolume, gain, 1.0);
+}
+
+bool ProgramAudioOutput::isBgmTransportRampApplied() const
+{
+    return isVolumeRampApplied(d->bgmTransportVolume);
+}
+
+bool ProgramAudioOutput::rampBgmTransportVolume(double from, double to, qint64 durationMs)
+{
+    if (!std::isfinite(from) || !std::isfinite(to))
+        return false;
+    if (scheduleVolumeRamp(d->bgmTransportVolume, d->pipeline, std::clamp(from, 0.0, 1.0), std::clamp(to, 0.0, 1.0),
+                           durationMs))
+        return true;
+    // Without a running pipeline there is no time to ramp in: the end stands.
+    return setBgmTransportVolume(to);
+}
+
+bool ProgramAudioOutput::setBgmMuted(bool muted)
+{
+    if (!d->bgmTransportVolume)
+        return false;
+    g_object_set(d->bgmTransportVolume, "mute", muted ? TRUE : FALSE, nullptr);
+    return true;
 }
 
 void ProgramAudioOutput::setAudioTap(AudioTap tap)

@@ -78,6 +78,13 @@ public:
     bool setBgmControlVolume(double gain);
     bool setBgmManualFadeVolume(double gain);
     bool setBgmTransportVolume(double gain);
+    // Mutes the BGM path at its transport stage; the gains stay as set.
+    bool setBgmMuted(bool muted);
+    // A linear ramp of the BGM transport stage, applied sample by sample
+    // from the program pipeline's running time now; a set value ends it.
+    bool rampBgmTransportVolume(double from, double to, qint64 durationMs);
+    // The audio has passed the end of that ramp (true without one).
+    bool isBgmTransportRampApplied() const;
 
     // Receives every buffer behind the master meter with its presentation
     // time in 100 ns units of the pipeline clock, on the streaming thread;

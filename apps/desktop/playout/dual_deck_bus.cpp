@@ -50,7 +50,9 @@ void DualDeckPlayer::Impl::pumpBuses()
             gst_object_unref(bus);
         }
     }
-    // The BGM deck's bus is pumped here.
+    // The BGM deck reads its own bus, except while its worker owns it.
+    if (engine->bgm)
+        engine->bgm->poll();
     for (int index = 0; index < 2; ++index) {
         DeckSourceSession *session = deck(index);
         // While a worker prepares the deck only the worker reads its bus.

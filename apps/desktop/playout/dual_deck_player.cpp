@@ -41,7 +41,8 @@ void DualDeckEngine::shutdown()
         if (session && !session->shutdown())
             confirmed = false;
     }
-    // The BGM deck stops here.
+    if (bgm && !bgm->shutdown())
+        confirmed = false;
     // The DSK decks stop here.
     if (audio && !audio->requestNull())
         confirmed = false;
@@ -76,7 +77,23 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
             return;
         }
     }
-    // The BGM deck is created here, before the program audio output.
+    BgmDeck::Options bgmOptions;
+    bgmOptions.busHandler = &Impl::syncHandler;
+    bgmOptions.busUserData = engine.get();
+    bgmOptions.timings = options.deckTimings;
+    // A fresh BGM pipeline brings its own input meter.
+    bgmOptions.pipelineReplaced = [engine = engine.get()](GstElement *inputLevel) {
+        if (engine->audio)
+            engine->levelTimeline.setProgramElements(engine->audio->masterLevelElement(),
+                                                     engine->audio->bgmLevelElement(), inputLevel);
+    };
+    QString bgmError;
+    engine->bgm = BgmDeck::create(std::move(bgmOptions), &bgmError);
+    if (!engine->bgm) {
+        initializationError = QStringLiteral("Failed to create the BGM deck: %1").arg(bgmError);
+        qCWarning(lcPlayout()).noquote() << initializationError;
+        return;
+    }
 
     engine->audio = std::make_unique<ProgramAudioOutput>(options.audioTimings);
     if (!engine->audio->create(&Impl::syncHandler, engine.get(), options.audioDevice,
@@ -88,9 +105,11 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
     // The two DSK decks are created here, after the program audio output.
 
     engine->levelTimeline.setProgramElements(engine->audio->masterLevelElement(),
-                                             engine->audio->bgmLevelElement(), nullptr);
+                                             engine->audio->bgmLevelElement(),
+                                             engine->bgm->inputLevelElement());
     for (auto &session : engine->decks)
         useSystemClock(session->playbin());
+    useSystemClock(engine->bgm->playbin());
     useSystemClock(engine->audio->pipeline());
 
     programOutput->raise();
@@ -416,9 +435,9 @@ void DualDeckPlayer::poll()
 {
     if (!d->ready())
         return;
-    // A change of output device waits while anything is ON AIR; BGM joins
-    // this condition with its deck.
-    d->engine->audio->serviceDeviceChange(currentDeck() < 0);
+    // A change of output device waits while anything is ON AIR or the BGM
+    // deck holds an item.
+    d->engine->audio->serviceDeviceChange(currentDeck() < 0 && isBgmStopped());
     d->pumpBuses();
     d->pollStandby();
     QString failure;
@@ -509,6 +528,27 @@ bool DualDeckPlayer::isShutdownConfirmed() const
 bool DualDeckPlayer::isShutdownFinished() const
 {
     return d->engine->shutdownFinished.load(std::memory_order_acquire);
+}
+
+BgmDeck *DualDeckPlayer::bgmDeck() const
+{
+    return d->engine->bgm.get();
+}
+
+bool DualDeckPlayer::isBgmStopped() const
+{
+    const BgmDeck *bgm = d->engine->bgm.get();
+    return !bgm || !bgm->hasItem() || bgm->status() == PreparationStatus::Failed;
+}
+
+LevelReading DualDeckPlayer::bgmInputLevel() const
+{
+    return d->engine->levelTimeline.bgmInput();
+}
+
+void DualDeckPlayer::setBgmMetering(bool on)
+{
+    d->engine->levelTimeline.setBgmMetering(on);
 }
 
 ProgramGpuCompositor *DualDeckPlayer::compositor() const { return d->engine->compositor.get(); }

@@ -15,6 +15,7 @@
 
 namespace tarnix {
 
+class BgmDeck;
 class DeckSourceSession;
 
 // Time limits of the player itself; the defaults are the product's values.
@@ -134,6 +135,16 @@ public:
     bool isShutdownConfirmed() const;
     // The shutdown thread has done all it can, confirmed or not.
     bool isShutdownFinished() const;
+
+    // The BGM deck (null before creation); the BGM player drives it and
+    // the player pumps its bus with the others.
+    BgmDeck *bgmDeck() const;
+    // Nothing is loaded on the BGM deck (or its item failed).
+    bool isBgmStopped() const;
+    // The BGM deck's input meter as measured.
+    LevelReading bgmInputLevel() const;
+    // The BGM post-fader meter takes readings while this is on.
+    void setBgmMetering(bool on);
 
     // For the program outputs that hook in at the frame step, and tests.
     ProgramGpuCompositor *compositor() const;

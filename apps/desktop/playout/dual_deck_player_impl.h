@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/program_level_timeline.h"
+#include "playout/bgm_deck.h"
 #include "playout/deck_source_session.h"
 #include "playout/dual_deck_player.h"
 
@@ -20,7 +21,8 @@ class ProgramOutputWidget;
 struct DualDeckEngine {
     ProgramLevelTimeline levelTimeline;
     std::unique_ptr<DeckSourceSession> decks[2];
-    // The BGM deck joins here, created after deck B.
+    // The BGM deck, created after deck B.
+    std::unique_ptr<BgmDeck> bgm;
     std::unique_ptr<ProgramAudioOutput> audio;
     // The two DSK decks join here, created after the program audio output.
     std::unique_ptr<ProgramGpuCompositor> compositor;

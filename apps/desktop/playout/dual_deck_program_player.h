@@ -1,5 +1,6 @@
 #pragma once
 
+#include "playout/dual_deck_bgm_player.h"
 #include "playout/program_player.h"
 
 #include <memory>
@@ -54,12 +55,14 @@ public:
     ProgramLevelTimeline::Snapshot levelSnapshot() override;
     void poll() override;
     void beginShutdown() override;
+    BgmPlayer *bgmPlayer() override { return &m_bgm; }
 
 private:
     // The program audio output while the player is up; null otherwise.
     ProgramAudioOutput *audio() const;
 
     std::unique_ptr<DualDeckPlayer> m_player;
+    DualDeckBgmPlayer m_bgm{m_player.get()};
 };
 
 } // namespace tarnix

@@ -4,6 +4,10 @@
 #include "audio/program_level_timeline.h"
 #include "playout/deck_source.h"
 
+namespace tarnix {
+class BgmPlayer;
+}
+
 #include <QString>
 
 namespace tarnix {
@@ -68,6 +72,10 @@ public:
 
     virtual void poll() = 0;
     virtual void beginShutdown() = 0;
+
+    // The BGM deck and its path in the program mix; null when the player
+    // has none. It lives as long as the player.
+    virtual BgmPlayer *bgmPlayer() { return nullptr; }
 };
 
 } // namespace tarnix

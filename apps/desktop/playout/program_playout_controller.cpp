@@ -457,6 +457,12 @@ ProgramPlayoutController::ProgramPlayoutController(std::unique_ptr<ProgramPlayer
     audioOptions.startTimer = d->options.startTimers;
     d->audio = new ProgramAudioController([this] { return d->player->levelSnapshot(); }, audioOptions, this);
     d->audio->setControls(d->player.get());
+    BgmPlayoutOptions bgmOptions = d->options.bgm;
+    bgmOptions.startTimers = d->options.startTimers;
+    if (!bgmOptions.monotonicMs)
+        bgmOptions.monotonicMs = d->options.monotonicMs;
+    d->bgm = std::make_unique<BgmPlayoutController>(d->player->bgmPlayer(), model, selection, userInfo, operations,
+                                                    state, d->audio, std::move(bgmOptions));
     d->tickTimer.setTimerType(Qt::PreciseTimer);
     d->tickTimer.setInterval(d->options.tickInterval);
     connect(&d->tickTimer, &QTimer::timeout, this, &ProgramPlayoutController::tick);
@@ -549,8 +555,9 @@ ProgramPlayoutController::~ProgramPlayoutController()
 void ProgramPlayoutController::shutdown()
 {
     // Document navigation and the DSK animations stop here too once they
-    // exist; the BGM player shuts down with the player.
+    // exist; the BGM deck shuts down with the player.
     d->closing = true;
+    d->bgm->shutdown();
     d->tickTimer.stop();
     d->endTickTimer.stop();
     d->standbyWatchTimer.stop();
@@ -828,6 +835,11 @@ void ProgramPlayoutController::setPlaylistPanel(PlaylistPanelView *panel)
         d->applyLevels();
 }
 
+void ProgramPlayoutController::setBgmPanel(BgmPanelView *panel)
+{
+    d->bgm->setPanel(panel);
+}
+
 void ProgramPlayoutController::setAllowSameItemRetake(bool allow) { d->allowSameItemRetake = allow; }
 void ProgramPlayoutController::setAutoSelectNextItem(bool on) { d->autoSelectNextItem = on; }
 
@@ -846,8 +858,8 @@ void ProgramPlayoutController::tick()
     if (d->stillClock.advance(t - std::exchange(d->stillTickMs, t)))
         d->stillEnded = true;
     d->player->poll();
-    // The BGM player is polled here once it exists, and the DSK layer is
-    // serviced after the standby.
+    d->bgm->poll();
+    // The DSK layer is serviced after the standby.
     d->serviceStandby();
     d->serviceMacroTransport();
     if (d->programState.itemId() == 0) {
@@ -933,5 +945,6 @@ bool ProgramPlayoutController::isPlaying() const { return d->playing; }
 int ProgramPlayoutController::tickIntervalMs() const { return int(d->tickTimer.interval()); }
 QString ProgramPlayoutController::statusText() const { return d->statusText; }
 ProgramAudioController *ProgramPlayoutController::audioController() const { return d->audio; }
+BgmPlayoutController *ProgramPlayoutController::bgmController() const { return d->bgm.get(); }
 
 } // namespace tarnix

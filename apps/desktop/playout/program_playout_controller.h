@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/program_audio_controller.h"
+#include "playout/bgm_playout_controller.h"
 #include "playout/program_player.h"
 #include "playout/program_target.h"
 #include "playout/playout_item_state.h"
@@ -16,6 +17,7 @@
 
 namespace tarnix {
 
+class BgmPanelView;
 class ControlStateRegistry;
 class ControllerOperations;
 class ItemSelection;
@@ -47,6 +49,9 @@ struct ProgramPlayoutOptions {
     bool startTimers = true;
     // The meter loop's; its timer follows startTimers.
     ProgramAudioController::Options audio;
+    // The BGM player's; its timers follow startTimers and its clock is this
+    // controller's unless it has one of its own.
+    BgmPlayoutOptions bgm;
 };
 
 // The ON AIR state machine: it follows the selection onto the standby deck,
@@ -111,6 +116,8 @@ public:
     // The program panel's audio section goes to the audio controller.
     void setProgramPanel(ProgramPanelView *panel);
     void setPlaylistPanel(PlaylistPanelView *panel);
+    // The program panel's BGM module goes to the BGM player.
+    void setBgmPanel(BgmPanelView *panel);
 
     // Settings, pushed in by whoever reads them.
     void setAllowSameItemRetake(bool allow);
@@ -129,6 +136,8 @@ public:
 
     // The program's meters, created with the player.
     ProgramAudioController *audioController() const;
+    // The BGM player beside ON AIR, created with the player.
+    BgmPlayoutController *bgmController() const;
 
     // What the state machine holds now.
     quint64 onAirItemId() const;

@@ -45,6 +45,8 @@ struct ProgramPlayoutController::Impl {
 
     ProgramPlayoutController *q;
     std::unique_ptr<ProgramPlayer> player;
+    // Destroyed before the player whose BGM deck it drives.
+    std::unique_ptr<BgmPlayoutController> bgm;
     QPointer<PlaylistModel> model;
     QPointer<ItemSelection> selection;
     QPointer<UserInfoCenter> userInfo;

@@ -45,7 +45,7 @@ QString UserInfoCenter::sourceDisplayName(const QString &source)
     } names[] = {
         {"SYSTEM", "info.source.system"},   {"PLAYLIST", "info.source.playlist"},
         {"PROGRAM", "info.source.program"}, {"EDIT", "info.source.edit"},
-        {"UVC", "info.source.uvc"},
+        {"UVC", "info.source.uvc"},         {"BGM", "info.source.bgm"},
     };
     for (const auto &name : names) {
         if (source == QLatin1String(name.source))

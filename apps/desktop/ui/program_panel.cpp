@@ -9,6 +9,7 @@
 #include "ui/equalizer_editor.h"
 #include "ui/master_eq_window.h"
 #include "ui/playlist_item_texts.h"
+#include "ui/program_bgm_module.h"
 #include "ui/remaining_time.h"
 
 #include <QButtonGroup>
@@ -215,7 +216,29 @@ void ProgramPanel::setMonitor(QWidget *monitor)
 }
 
 void ProgramPanel::setPlaybackRateControlsShown(bool shown) { d->rateModule->setVisible(shown); }
-void ProgramPanel::setBgmControlsShown(bool shown) { d->bgmModule->setVisible(shown); }
+bool ProgramPanel::setBgmControlsShown(bool shown)
+{
+    d->bgmControlsWanted = shown;
+    d->refreshBgmControls();
+    if (shown || !d->bgmModule->isBgmActive())
+        return true;
+    d->view->showStatus(text("program.bgm.controls_hidden_after_stop",
+                             "The BGM controls will be hidden after BGM stops."));
+    return false;
+}
+
+BgmPanelView *ProgramPanel::bgmView() const { return d->bgmModule->view(); }
+
+// The BGM controls stand while wanted or while BGM runs; hidden, the fader
+// strip goes back to the item.
+void ProgramPanel::Impl::refreshBgmControls()
+{
+    const bool shown = bgmControlsWanted || bgmModule->isBgmActive();
+    bgmModule->setVisible(shown);
+    faderToggle->setVisible(shown);
+    if (!shown)
+        showBgmStrip(false);
+}
 void ProgramPanel::setFtbButtonDisabled(bool disabled) { d->ftbButton->setEnabled(!disabled); }
 
 void ProgramPanel::setBackgroundColor(const QColor &colour)
@@ -449,8 +472,9 @@ QWidget *ProgramPanel::Impl::buildModules()
     rates->addLayout(rateButtonsRow);
 
     // The BGM player's and the document pages' places; their owners fill them.
-    bgmModule = module(modules, "programBgmControlModule");
+    bgmModule = new ProgramBgmModule(operations, modules);
     bgmModule->hide();
+    QObject::connect(bgmModule, &ProgramBgmModule::bgmActiveChanged, q, [this] { refreshBgmControls(); });
     documentModule = module(modules, "programDocumentModule");
     documentModule->hide();
 
@@ -609,6 +633,7 @@ void ProgramPanel::Impl::retranslate()
         button->setAccessibleName(text("program.playback_rate.button.accessible", "Set ON AIR playback speed to %1x",
                                        {QString::number(button->property("playbackRate").toDouble())}));
     retranslateAudio();
+    bgmModule->retranslate();
     view->showOnAirFile(hasItem ? fileName : QString(), hasItem ? fileLabel->toolTip() : QString());
     refreshTimes();
 }

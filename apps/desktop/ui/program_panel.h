@@ -7,6 +7,7 @@
 
 namespace tarnix {
 
+class BgmPanelView;
 class ControllerOperations;
 class PlaylistModel;
 class ProgramPanelView;
@@ -27,12 +28,15 @@ public:
 
     // What the ON AIR controller and its audio controller read and drive.
     ProgramPanelView *view() const;
+    // The BGM module as the BGM player drives it.
+    BgmPanelView *bgmView() const;
 
     // The player's monitor picture takes its place in the panel.
     void setMonitor(QWidget *monitor);
 
     void setPlaybackRateControlsShown(bool shown);
-    void setBgmControlsShown(bool shown);
+    // Hiding waits while BGM runs; false when it has to wait.
+    bool setBgmControlsShown(bool shown);
     void setFtbButtonDisabled(bool disabled);
     void setBackgroundColor(const QColor &colour);
     void setRemainingTotalMode(bool total);

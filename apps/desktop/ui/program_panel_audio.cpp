@@ -14,6 +14,7 @@
 #include "ui/audio_meter_widget.h"
 #include "ui/equalizer_editor.h"
 #include "ui/master_eq_window.h"
+#include "ui/program_bgm_module.h"
 
 #include <QDoubleSpinBox>
 #include <QFrame>
@@ -33,6 +34,7 @@ using Ops = ControllerOperations;
 
 constexpr int kItemTarget = 1;
 constexpr int kMasterTarget = 2;
+constexpr int kBgmTarget = 3;
 
 using ui::text;
 
@@ -62,14 +64,18 @@ void ProgramPanelViewAdapter::showMute(bool explicitMute, bool effectiveMute)
 void ProgramPanelViewAdapter::showItemMeter(const MeterBallistics &meter) { m_panel->itemMeter->showMeter(meter); }
 void ProgramPanelViewAdapter::showMasterMeter(const MeterBallistics &meter) { m_panel->masterMeter->showMeter(meter); }
 
-// The BGM strip joins with the BGM player; its meter has no place yet.
-void ProgramPanelViewAdapter::showBgmMeter(double, double, bool) {}
+void ProgramPanelViewAdapter::showBgmMeter(double leftDb, double rightDb, bool clipped)
+{
+    m_panel->bgmMeter->setLevels(leftDb, rightDb, clipped);
+}
+
 void ProgramPanelViewAdapter::showInputIndicator(bool, bool) {}
 
 void ProgramPanelViewAdapter::clearMeters()
 {
     m_panel->itemMeter->reset();
     m_panel->masterMeter->reset();
+    m_panel->bgmMeter->reset();
 }
 
 // Building ------------------------------------------------------------------------
@@ -126,6 +132,25 @@ QWidget *ProgramPanel::Impl::buildAudio()
     grid->addWidget(masterEqButton, 6, 2, 1, 2);
     grid->addWidget(muteButton, 7, 0, 1, 4);
     grid->setRowStretch(1, 1);
+
+    // The BGM strip takes the item strip's place while the toggle shows it;
+    // the toggle stands with the BGM controls.
+    bgmFader = new AudioFaderWidget(AudioFaderWidget::Kind::Item, audio);
+    bgmFader->setObjectName(QStringLiteral("programBgmFader"));
+    bgmMeter = new AudioMeterWidget(audio);
+    bgmMeter->setObjectName(QStringLiteral("programBgmMeter"));
+    grid->addWidget(bgmFader, 1, 0);
+    grid->addWidget(bgmMeter, 1, 1);
+    bgmFader->hide();
+    bgmMeter->hide();
+    faderToggle = new QPushButton(audio);
+    faderToggle->setObjectName(QStringLiteral("programBgmFaderToggle"));
+    faderToggle->setCheckable(true);
+    faderToggle->hide();
+    grid->addWidget(faderToggle, 8, 0, 1, 4);
+    QObject::connect(faderToggle, &QPushButton::toggled, q, [this](bool bgm) { showBgmStrip(bgm); });
+    bgmFader->setValueHandler([this](int value) { invoke(Ops::SetBgmVolume, {QVariant::fromValue(value)}); });
+    bgmModule->setFader(bgmFader);
 
     // An operator's fader move is an operation like a key's or a MIDI
     // fader's, so it is logged and may be refused.
@@ -238,7 +263,33 @@ QWidget *ProgramPanel::Impl::buildFades()
 
 AudioFaderWidget *ProgramPanel::Impl::fader(int target) const
 {
-    return target == kItemTarget ? itemFader : target == kMasterTarget ? masterFader : nullptr;
+    switch (target) {
+    case kItemTarget:
+        return itemFader;
+    case kMasterTarget:
+        return masterFader;
+    case kBgmTarget:
+        return bgmFader;
+    default:
+        return nullptr;
+    }
+}
+
+void ProgramPanel::Impl::showBgmStrip(bool bgm)
+{
+    if (faderToggle->isChecked() != bgm) {
+        faderToggle->setChecked(bgm); // comes back here through toggled
+        return;
+    }
+    itemFader->setVisible(!bgm);
+    itemMeter->setVisible(!bgm);
+    bgmFader->setVisible(bgm);
+    bgmMeter->setVisible(bgm);
+    if (auto *title = q->findChild<QLabel *>(QStringLiteral("programItemAudioTitle")))
+        title->setText(bgm ? text("program.audio.bgm", "BGM") : text("program.audio.item", "ITEM"));
+    faderToggle->setText(bgm ? text("program.audio.item", "ITEM") : text("program.audio.bgm", "BGM"));
+    faderToggle->setToolTip(bgm ? text("program.bgm.show_item_fader", "Show ITEM fader")
+                                : text("program.bgm.show_fader", "Show BGM fader"));
 }
 
 bool ProgramPanel::Impl::setVolume(int target, int value)
@@ -324,6 +375,9 @@ void ProgramPanel::Impl::bindAudioOperations()
     ops->bind<>(Ops::ItemFadeOut, q, [this] { return startFade(1); });
     ops->bind<>(Ops::MasterFadeIn, q, [this] { return startFade(2); });
     ops->bind<>(Ops::MasterFadeOut, q, [this] { return startFade(3); });
+    ops->bind<int>(Ops::SetBgmVolume, q, [this](int value) { return setVolume(kBgmTarget, value); });
+    ops->bind<int>(Ops::AdjustBgmVolume, q, [this](int delta) { return adjustVolume(kBgmTarget, delta); });
+    ops->bind<>(Ops::ResetBgmVolume, q, [this] { return setVolume(kBgmTarget, 0); });
     ops->bind<>(Ops::OpenItemEq, q, [this] { openItemEq(); });
     ops->bind<>(Ops::OpenMasterEq, q, [this] { openMasterEq(); });
 
@@ -332,6 +386,7 @@ void ProgramPanel::Impl::bindAudioOperations()
     auto inRange = [](int value) { return value >= kVolumeOffTenthsDb && value <= kVolumeTopTenthsDb; };
     ops->setGuard<int>(Ops::SetItemVolume, q, inRange);
     ops->setGuard<int>(Ops::SetMasterVolume, q, inRange);
+    ops->setGuard<int>(Ops::SetBgmVolume, q, inRange);
     // The item fader and its fades act on an item on air only.
     auto itemOnAir = [this] { return model && model->onAirItemId() != 0; };
     ops->setGuard<>(Ops::ItemFadeIn, q, itemOnAir);
@@ -343,7 +398,11 @@ void ProgramPanel::Impl::retranslateAudio()
 {
     auto *itemTitle = q->findChild<QLabel *>(QStringLiteral("programItemAudioTitle"));
     auto *masterTitle = q->findChild<QLabel *>(QStringLiteral("programMasterAudioTitle"));
-    itemTitle->setText(text("program.audio.item", "ITEM"));
+    const bool bgmStrip = faderToggle->isChecked();
+    itemTitle->setText(bgmStrip ? text("program.audio.bgm", "BGM") : text("program.audio.item", "ITEM"));
+    faderToggle->setText(bgmStrip ? text("program.audio.item", "ITEM") : text("program.audio.bgm", "BGM"));
+    faderToggle->setToolTip(bgmStrip ? text("program.bgm.show_item_fader", "Show ITEM fader")
+                                     : text("program.bgm.show_fader", "Show BGM fader"));
     masterTitle->setText(text("program.audio.master", "MASTER"));
     q->findChild<QLabel *>(QStringLiteral("programItemDelayTitle"))->setText(text("program.delay.item", "ITEM DELAY"));
     q->findChild<QLabel *>(QStringLiteral("programMasterDelayTitle"))

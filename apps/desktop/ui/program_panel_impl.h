@@ -28,6 +28,7 @@ class AudioFaderWidget;
 class AudioMeterWidget;
 class EqualizerEditor;
 class MasterEqWindow;
+class ProgramBgmModule;
 
 // The panel as the ON AIR controller and the program audio controller see
 // it; every call lands in the panel's Impl.
@@ -127,7 +128,9 @@ struct ProgramPanel::Impl {
     QLabel *rateTitle = nullptr;
     QLabel *rateValue = nullptr;
     QList<QPushButton *> rateButtons;
-    QFrame *bgmModule = nullptr;
+    ProgramBgmModule *bgmModule = nullptr;
+    // The operator wants the BGM controls; they stay while BGM runs.
+    bool bgmControlsWanted = false;
     QFrame *documentModule = nullptr;
     QLabel *statusLabel = nullptr;
     QList<ManualFadeModule> fades;
@@ -135,6 +138,10 @@ struct ProgramPanel::Impl {
     // Audio section.
     AudioFaderWidget *itemFader = nullptr;
     AudioFaderWidget *masterFader = nullptr;
+    // The BGM strip, in the item strip's place while the toggle shows it.
+    AudioFaderWidget *bgmFader = nullptr;
+    AudioMeterWidget *bgmMeter = nullptr;
+    QPushButton *faderToggle = nullptr;
     AudioMeterWidget *itemMeter = nullptr;
     AudioMeterWidget *masterMeter = nullptr;
     AudioDelayControl *itemDelay = nullptr;
@@ -176,6 +183,8 @@ struct ProgramPanel::Impl {
     bool startFade(int moduleIndex);
     void openItemEq();
     void openMasterEq();
+    void showBgmStrip(bool bgm);
+    void refreshBgmControls();
 };
 
 } // namespace tarnix
