@@ -7,6 +7,7 @@
 #include "playout/bgm_texts.h"
 #include "playout/deck_texts.h"
 #include "playout/media_error_classify.h"
+#include "playout/pipeline_retirement.h"
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
 
@@ -139,15 +140,7 @@ bool BgmDeck::Impl::replacePipeline(QString *errorOut)
         gst_object_unref(audioOutput);
     }
     std::shared_ptr<AsyncFilePreparation> oldPreparation = std::exchange(preparation, nullptr);
-    AsyncPipelineStop::Steps steps;
-    if (oldPreparation) {
-        oldPreparation->cancel();
-        steps.before = [oldPreparation] {
-            while (!oldPreparation->waitFinished(std::chrono::hours(1))) {
-            }
-        };
-    }
-    steps.after = [old] { old->shutdownConfirmed.store(true, std::memory_order_release); };
+    AsyncPipelineStop::Steps steps = retirementSteps(oldPreparation, old);
     const QString retainWarning = text(bgm_text::kUnsafeRelease);
     std::shared_ptr<AsyncPipelineStop> stop = AsyncPipelineStop::start(
         old->playbin, std::move(steps), retainWarning, options.timings.nullConfirmation);

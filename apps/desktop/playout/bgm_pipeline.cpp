@@ -83,16 +83,7 @@ std::shared_ptr<BgmPipeline> BgmPipeline::create(const Options &options, QString
 
 GstElement *BgmPipeline::findAudioOutput() const
 {
-    if (!playbin)
-        return nullptr;
-    GstElement *audioBin = nullptr;
-    g_object_get(playbin, "audio-sink", &audioBin, nullptr);
-    if (!audioBin)
-        return nullptr;
-    GstElement *output =
-        GST_IS_BIN(audioBin) ? childElement(audioBin, QStringLiteral("bgm-audio-output")) : nullptr;
-    gst_object_unref(audioBin);
-    return output;
+    return audioSinkChild(playbin, QStringLiteral("bgm-audio-output"));
 }
 
 BgmPipeline::~BgmPipeline()

@@ -137,18 +137,7 @@ std::shared_ptr<DeckPipeline> DeckPipeline::create(const Options &options, QStri
 
 GstElement *DeckPipeline::findAudioOutput() const
 {
-    if (!playbin)
-        return nullptr;
-    GstElement *audioBin = nullptr;
-    g_object_get(playbin, "audio-sink", &audioBin, nullptr);
-    if (!audioBin)
-        return nullptr;
-    GstElement *output = GST_IS_BIN(audioBin)
-                             ? childElement(audioBin, deckName(deckIndex)
-                                                         + QStringLiteral("-audio-output"))
-                             : nullptr;
-    gst_object_unref(audioBin);
-    return output;
+    return audioSinkChild(playbin, deckName(deckIndex) + QStringLiteral("-audio-output"));
 }
 
 DeckPipeline::~DeckPipeline()

@@ -5,6 +5,7 @@
 #include "playout/async_pipeline_stop.h"
 #include "playout/deck_pipeline.h"
 #include "playout/deck_texts.h"
+#include "playout/pipeline_retirement.h"
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
 #include "video/deck_frame_presenter.h"
@@ -163,15 +164,7 @@ bool DeckSourceSession::Impl::replaceFilePipeline(QString *errorOut)
     }
 
     std::shared_ptr<AsyncFilePreparation> oldPreparation = std::exchange(preparation, nullptr);
-    AsyncPipelineStop::Steps steps;
-    if (oldPreparation) {
-        oldPreparation->cancel();
-        steps.before = [oldPreparation] {
-            while (!oldPreparation->waitFinished(std::chrono::hours(1))) {
-            }
-        };
-    }
-    steps.after = [old] { old->shutdownConfirmed.store(true, std::memory_order_release); };
+    AsyncPipelineStop::Steps steps = retirementSteps(oldPreparation, old);
 
     const QString retainWarning =
         QStringLiteral("%1 for deck %2").arg(text(deck_text::kRetainResources)).arg(deckIndex);

@@ -37,4 +37,17 @@ GstElement *childElement(GstElement *bin, const QString &name)
     return bin && GST_IS_BIN(bin) ? gst_bin_get_by_name(GST_BIN(bin), name.toUtf8().constData()) : nullptr;
 }
 
+GstElement *audioSinkChild(GstElement *playbin, const QString &name)
+{
+    if (!playbin)
+        return nullptr;
+    GstElement *audioBin = nullptr;
+    g_object_get(playbin, "audio-sink", &audioBin, nullptr);
+    if (!audioBin)
+        return nullptr;
+    GstElement *child = childElement(audioBin, name);
+    gst_object_unref(audioBin);
+    return child;
+}
+
 } // namespace tarnix

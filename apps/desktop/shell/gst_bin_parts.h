@@ -23,4 +23,8 @@ bool elementFactoriesExist(std::initializer_list<const char *> names);
 // The named element inside the bin, with a reference; null when missing.
 GstElement *childElement(GstElement *bin, const QString &name);
 
+// The named element inside a playbin's audio sink bin, with a reference;
+// null when missing.
+GstElement *audioSinkChild(GstElement *playbin, const QString &name);
+
 } // namespace tarnix
