@@ -27,6 +27,7 @@ struct LayerSource {
         source = gst_bin_get_by_name(GST_BIN(pipeline), "src");
         sink = gst_bin_get_by_name(GST_BIN(pipeline), "sink");
         bytesPerPixel = QLatin1String(format) == QLatin1String("GRAY8") ? 1 : 4;
+        blueFirst = QLatin1String(format) == QLatin1String("BGRA");
         gst_element_set_state(pipeline, GST_STATE_PLAYING);
     }
     ~LayerSource()
@@ -39,20 +40,21 @@ struct LayerSource {
     LayerSource(const LayerSource &) = delete;
     LayerSource &operator=(const LayerSource &) = delete;
 
-    // One frame of a single straight-alpha colour.
-    void push(QColor colour)
+    // One frame of a single straight-alpha colour; with missingBytes the
+    // buffer is that much shorter than its caps say.
+    void push(QColor colour, gsize missingBytes = 0)
     {
-        const gsize size = gsize(width) * height * bytesPerPixel;
+        const gsize size = gsize(width) * height * bytesPerPixel - missingBytes;
         GstBuffer *buffer = gst_buffer_new_allocate(nullptr, size, nullptr);
         GstMapInfo map;
         gst_buffer_map(buffer, &map, GST_MAP_WRITE);
         if (bytesPerPixel == 1) {
             std::memset(map.data, colour.red(), size);
         } else {
-            for (gsize i = 0; i < size; i += 4) {
-                map.data[i + 0] = quint8(colour.red());
+            for (gsize i = 0; i + 4 <= size; i += 4) {
+                map.data[i + 0] = quint8(blueFirst ? colour.blue() : colour.red());
                 map.data[i + 1] = quint8(colour.green());
-                map.data[i + 2] = quint8(colour.blue());
+                map.data[i + 2] = quint8(blueFirst ? colour.red() : colour.blue());
                 map.data[i + 3] = quint8(colour.alpha());
             }
         }
@@ -64,6 +66,7 @@ struct LayerSource {
     int width = 0;
     int height = 0;
     int bytesPerPixel = 4;
+    bool blueFirst = false;
     quint64 frames = 0;
     GstElement *pipeline = nullptr;
     GstElement *source = nullptr;

@@ -580,25 +580,42 @@ private slots:
     }
 
     // A deck sample that is not RGBA at the program size is fatal, told
-    // once; a DSK that cannot be drawn leaves and the program goes on.
+    // once; a DSK that cannot be drawn (not BGRA, or a buffer shorter than
+    // its caps) leaves and the program goes on.
     void failures()
     {
         tarnix::testkit::LogCapture warnings(tarnix::testkit::LogCapture::warnings());
         ProgramGpuCompositor compositor(smallOptions());
+        FrameLog log;
+        compositor.setFrameTap(log.tap());
         QVERIFY(startAndWait(compositor));
 
-        LayerSource dsk(kWidth, kHeight, "GRAY8");
         LayerSource deck(kWidth, kHeight);
-        QVERIFY(compositor.connectDsk(0, dsk.pipeline, dsk.sink));
         QVERIFY(compositor.connectDeck(0, deck.pipeline, deck.sink));
         deck.push(Qt::red);
-        dsk.push(Qt::white);
-        QTRY_VERIFY_WITH_TIMEOUT(compositor.slotHasFrame(ProgramGpuCompositor::kDskSlotA), 5000);
         QVERIFY(compositor.setProgramLayers(0, 1.0f, -1, 0.0f));
-        QVERIFY(compositor.setDskLayers(0, 1.0f, -1, 0.0f));
-        QTRY_VERIFY_WITH_TIMEOUT(compositor.dskFaulted(), 5000);
-        const quint64 renders = compositor.renderCount();
-        QTRY_VERIFY_WITH_TIMEOUT(compositor.renderCount() > renders + 3, 5000);
+        LayerSource gray(kWidth, kHeight, "GRAY8");
+        LayerSource truncated(kWidth / 2, kHeight / 2, "BGRA");
+        LayerSource good(kWidth, kHeight, "BGRA");
+        const QColor keyColour(0x20, 0x40, 0x80);
+        for (LayerSource *dsk : {&gray, &truncated}) {
+            QVERIFY(compositor.connectDsk(0, dsk->pipeline, dsk->sink));
+            dsk->push(Qt::white, dsk == &truncated ? 4 : 0);
+            QTRY_VERIFY_WITH_TIMEOUT(compositor.slotHasFrame(ProgramGpuCompositor::kDskSlotA), 5000);
+            QVERIFY(compositor.setDskLayers(0, 1.0f, -1, 0.0f));
+            QTRY_VERIFY_WITH_TIMEOUT(compositor.dskFaulted(), 5000);
+            const quint64 renders = compositor.renderCount();
+            QTRY_VERIFY_WITH_TIMEOUT(compositor.renderCount() > renders + 3, 5000);
+            // A good DSK sample clears the fault with the next composition,
+            // its blue-first bytes read the right way round.
+            QVERIFY(compositor.connectDsk(0, good.pipeline, good.sink));
+            good.push(keyColour);
+            QTRY_VERIFY_WITH_TIMEOUT(compositor.slotHasFrame(ProgramGpuCompositor::kDskSlotA), 5000);
+            QVERIFY(compositor.setDskLayers(0, 1.0f, -1, 0.0f));
+            QVERIFY(!compositor.dskFaulted());
+            QTRY_COMPARE_WITH_TIMEOUT(log.lastColour(), keyColour, 5000);
+            QVERIFY(!compositor.dskFaulted());
+        }
         QString message;
         QVERIFY(!compositor.poll(&message));
 

@@ -329,6 +329,17 @@ void sampleOverlayRow(const OverlayFit &fit, const ProgramLayerImage &image, int
     }
 }
 
+// Red and blue swapped, so a BGRA overlay row reads as RGBA.
+void swapRedBlue(quint8 *__restrict out, const quint8 *__restrict src, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        out[4 * i + 0] = src[4 * i + 2];
+        out[4 * i + 1] = src[4 * i + 1];
+        out[4 * i + 2] = src[4 * i + 0];
+        out[4 * i + 3] = src[4 * i + 3];
+    }
+}
+
 bool imageUsable(const ProgramLayerImage &image)
 {
     return image.pixels && image.width > 0 && image.height > 0 && image.stride >= image.width * 4;
@@ -473,6 +484,10 @@ public:
                           + 4 * fit.sourceX;
                 } else {
                     sampleOverlayRow(fit, image, y, m_overlayRow.data());
+                    src = m_overlayRow.data();
+                }
+                if (image.bgra) {
+                    swapRedBlue(m_overlayRow.data(), src, fit.x1 - fit.x0);
                     src = m_overlayRow.data();
                 }
                 m_kernels.blendOverlaySpan(layer + 4 * fit.x0, src, fit.x1 - fit.x0,

@@ -142,12 +142,15 @@ struct MappedLayer {
             *error = QString::fromUtf8(program_text::kLayerGeometry);
             return false;
         }
-        if (GST_VIDEO_INFO_FORMAT(&info) != GST_VIDEO_FORMAT_RGBA
+        // Decks deliver RGBA of the frame size; DSK layers BGRA of any size.
+        const GstVideoFormat expected = width > 0 ? GST_VIDEO_FORMAT_RGBA : GST_VIDEO_FORMAT_BGRA;
+        if (GST_VIDEO_INFO_FORMAT(&info) != expected
             || (width > 0 && (info.width != width || info.height != height))) {
-            *error = QStringLiteral("Program layer sample is %1 %2x%3, expected RGBA%4")
+            *error = QStringLiteral("Program layer sample is %1 %2x%3, expected %4%5")
                          .arg(QString::fromUtf8(gst_video_format_to_string(GST_VIDEO_INFO_FORMAT(&info))))
                          .arg(info.width)
                          .arg(info.height)
+                         .arg(QString::fromUtf8(gst_video_format_to_string(expected)))
                          .arg(width > 0 ? QStringLiteral(" %1x%2").arg(width).arg(height) : QString());
             return false;
         }
@@ -162,6 +165,7 @@ struct MappedLayer {
         image.stride = GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0);
         image.parNumerator = info.par_n;
         image.parDenominator = info.par_d;
+        image.bgra = expected == GST_VIDEO_FORMAT_BGRA;
         return true;
     }
 };

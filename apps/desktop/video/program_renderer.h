@@ -8,8 +8,8 @@
 
 namespace tarnix {
 
-// One layer image handed to the renderer: straight-alpha RGBA rows, as the
-// decks' and DSK decks' appsinks deliver them.
+// One layer image handed to the renderer: straight-alpha rows, RGBA as the
+// decks' appsinks deliver them, or BGRA as the DSK decks' do.
 struct ProgramLayerImage {
     const quint8 *pixels = nullptr;
     int width = 0;
@@ -18,6 +18,8 @@ struct ProgramLayerImage {
     // Pixel aspect ratio; each part is taken as at least 1.
     int parNumerator = 1;
     int parDenominator = 1;
+    // Blue first: read as BGRA (DSK layers only).
+    bool bgra = false;
 };
 
 struct ProgramLayerDraw {
