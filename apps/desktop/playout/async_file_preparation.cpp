@@ -90,6 +90,7 @@ void AsyncFilePreparation::failFromBus(GstElement *playbin, const QString &fallb
     const MediaErrorClass found = classifyPendingError(bus, fallbackText);
     if (bus)
         gst_object_unref(bus);
+    m_notLinked = found.notLinked;
     fail(found.offline ? Offline : Failed, found.text);
 }
 

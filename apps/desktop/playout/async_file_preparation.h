@@ -58,6 +58,8 @@ public:
     bool hasAudio() const { return m_hasAudio; }
     bool isStill() const { return m_isStill; }
     bool timedOut() const { return m_timedOut; }
+    // The failure was a flow with no linked stream (see MediaErrorClass).
+    bool noLinkedStream() const { return m_notLinked; }
 
     AsyncFilePreparation(const AsyncFilePreparation &) = delete;
     AsyncFilePreparation &operator=(const AsyncFilePreparation &) = delete;
@@ -78,6 +80,7 @@ private:
     bool m_hasAudio = false;
     bool m_isStill = false;
     bool m_timedOut = false;
+    bool m_notLinked = false;
     std::mutex m_mutex;
     std::condition_variable m_condition;
 };

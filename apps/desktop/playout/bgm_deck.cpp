@@ -8,6 +8,7 @@
 #include "playout/deck_texts.h"
 #include "playout/media_error_classify.h"
 #include "playout/pipeline_retirement.h"
+#include "playout/playbin_control.h"
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
 
@@ -27,18 +28,6 @@ constexpr int kMessagesPerPoll = 64;
 QString text(const char *literal)
 {
     return QString::fromUtf8(literal);
-}
-
-bool requestState(GstElement *element, GstState state)
-{
-    return element && gst_element_set_state(element, state) != GST_STATE_CHANGE_FAILURE;
-}
-
-void useSystemClock(GstElement *pipeline)
-{
-    GstClock *clock = gst_system_clock_obtain();
-    gst_pipeline_use_clock(GST_PIPELINE(pipeline), clock);
-    gst_object_unref(clock);
 }
 
 } // namespace
@@ -332,14 +321,7 @@ bool BgmDeck::seek(qint64 ms)
 {
     if (!d->loaded || d->status != PreparationStatus::Ready)
         return false;
-    qint64 position = std::max(ms, d->inMs);
-    if (d->outMs >= 0)
-        position = std::min(position, d->outMs);
-    const bool hasOut = d->outMs >= 0;
-    if (!gst_element_seek(d->pipeline->playbin, 1.0, GST_FORMAT_TIME,
-                          GstSeekFlags(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
-                          position * GST_MSECOND, hasOut ? GST_SEEK_TYPE_SET : GST_SEEK_TYPE_NONE,
-                          hasOut ? d->outMs * GST_MSECOND : GST_CLOCK_TIME_NONE))
+    if (!seekWithinRange(d->pipeline->playbin, ms, d->inMs, d->outMs))
         return false;
     if (d->event == EndOfStream)
         d->event = NoEvent;
@@ -359,31 +341,21 @@ bool BgmDeck::isPlaying() const
 {
     if (!d->loaded || d->status != PreparationStatus::Ready)
         return false;
-    GstState state = GST_STATE_VOID_PENDING;
-    GstState pending = GST_STATE_VOID_PENDING;
-    if (gst_element_get_state(d->pipeline->playbin, &state, &pending, 0) == GST_STATE_CHANGE_FAILURE)
-        return false;
-    return (pending == GST_STATE_VOID_PENDING ? state : pending) == GST_STATE_PLAYING;
+    return isHeadingTo(d->pipeline->playbin, GST_STATE_PLAYING);
 }
 
 qint64 BgmDeck::positionMs() const
 {
     if (!d->loaded || d->status != PreparationStatus::Ready)
         return -1;
-    gint64 position = 0;
-    if (!gst_element_query_position(d->pipeline->playbin, GST_FORMAT_TIME, &position) || position < 0)
-        return -1;
-    return position / GST_MSECOND;
+    return playbinPositionMs(d->pipeline->playbin);
 }
 
 qint64 BgmDeck::durationMs() const
 {
     if (!d->loaded || d->status != PreparationStatus::Ready)
         return -1;
-    gint64 duration = 0;
-    if (!gst_element_query_duration(d->pipeline->playbin, GST_FORMAT_TIME, &duration) || duration < 0)
-        return -1;
-    return duration / GST_MSECOND;
+    return playbinDurationMs(d->pipeline->playbin);
 }
 
 qint64 BgmDeck::inMs() const { return d->inMs; }

@@ -1,5 +1,6 @@
 #include "playout/bgm_pipeline.h"
 
+#include "playout/playbin_control.h"
 #include "audio/audio_elements.h"
 #include "playout/bgm_texts.h"
 #include "shell/gst_bin_parts.h"
@@ -25,16 +26,6 @@ void setError(QString *error, const QString &text)
         *error = text;
 }
 
-bool readsNullNow(GstElement *element)
-{
-    if (!element)
-        return true;
-    GstState current = GST_STATE_VOID_PENDING;
-    GstState pending = GST_STATE_VOID_PENDING;
-    const GstStateChangeReturn result = gst_element_get_state(element, &current, &pending, 0);
-    return result == GST_STATE_CHANGE_SUCCESS && current == GST_STATE_NULL
-           && pending == GST_STATE_VOID_PENDING;
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "playout/deck_pipeline.h"
 
+#include "playout/playbin_control.h"
 #include "shell/gst_bin_parts.h"
 
 #include "audio/audio_elements.h"
@@ -38,16 +39,6 @@ void setError(QString *error, const QString &text)
 
 // Elements that never left NULL may be dropped at once: no thread of theirs
 // can be running.
-bool readsNullNow(GstElement *element)
-{
-    if (!element)
-        return true;
-    GstState current = GST_STATE_VOID_PENDING;
-    GstState pending = GST_STATE_VOID_PENDING;
-    const GstStateChangeReturn result = gst_element_get_state(element, &current, &pending, 0);
-    return result == GST_STATE_CHANGE_SUCCESS && current == GST_STATE_NULL
-           && pending == GST_STATE_VOID_PENDING;
-}
 
 } // namespace
 

@@ -59,7 +59,8 @@ void DualDeckPlayer::Impl::pumpBuses()
         if (session && !session->busOwnedByPreparation())
             pumpBus(session->bus(), index);
     }
-    // The DSK decks' buses are pumped here.
+    if (engine->dsk)
+        engine->dsk->poll();
 }
 
 void DualDeckPlayer::Impl::pumpBus(GstBus *bus, int deckIndex)

@@ -1,5 +1,6 @@
 #include "playout/dual_deck_player_impl.h"
 
+#include "playout/playbin_control.h"
 #include "playout/dual_deck_texts.h"
 #include "shell/log_categories.h"
 #include "shell/pipeline_release.h"
@@ -22,15 +23,6 @@ QString text(const char *literal)
     return QString::fromUtf8(literal);
 }
 
-void useSystemClock(GstElement *pipeline)
-{
-    if (!pipeline || !GST_IS_PIPELINE(pipeline))
-        return;
-    GstClock *clock = gst_system_clock_obtain();
-    gst_pipeline_use_clock(GST_PIPELINE(pipeline), clock);
-    gst_object_unref(clock);
-}
-
 } // namespace
 
 void DualDeckEngine::shutdown()
@@ -43,7 +35,8 @@ void DualDeckEngine::shutdown()
     }
     if (bgm && !bgm->shutdown())
         confirmed = false;
-    // The DSK decks stop here.
+    if (dsk && !dsk->shutdown())
+        confirmed = false;
     if (audio && !audio->requestNull())
         confirmed = false;
     if (compositor && !compositor->stop())
@@ -102,8 +95,6 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
         initializationError = QStringLiteral("Could not create the program audio pipeline.");
         return;
     }
-    // The two DSK decks are created here, after the program audio output.
-
     engine->levelTimeline.setProgramElements(engine->audio->masterLevelElement(),
                                              engine->audio->bgmLevelElement(),
                                              engine->bgm->inputLevelElement());
@@ -151,7 +142,18 @@ void DualDeckPlayer::Impl::create(DualDeckPlayer *widget)
             return;
         }
     }
-    // The DSK decks are connected here ("Failed to connect DSK").
+    DskPlayback::Options dskOptions;
+    dskOptions.timings = options.deckTimings;
+    dskOptions.busHandler = &Impl::syncHandler;
+    dskOptions.busUserData = engine.get();
+    QString dskError;
+    engine->dsk = DskPlayback::create(engine->compositor.get(), dskOptions, &dskError);
+    if (!engine->dsk) {
+        initializationError = dskError;
+        qCWarning(lcPlayout()).noquote() << initializationError;
+        return;
+    }
+    engine->dsk->setAvailable(true);
     initialized = true;
 }
 
@@ -506,7 +508,10 @@ void DualDeckPlayer::beginShutdown()
         if (!engine->audio->canRelease())
             return; // a device change still runs: called again
     }
-    // A mapped audio stop or a DSK deck with work in hand returns here too.
+    if (engine->dsk)
+        engine->dsk->setAvailable(false);
+    // The DSK decks' replaced pipelines stop on threads of their own and
+    // keep what they cannot release, so they do not hold the shutdown up.
     d->shutdownStarted = true;
     // The thread borrows the engine: it is freed on the main thread only
     // after the thread's last store, and kept for the process otherwise.
@@ -528,6 +533,11 @@ bool DualDeckPlayer::isShutdownConfirmed() const
 bool DualDeckPlayer::isShutdownFinished() const
 {
     return d->engine->shutdownFinished.load(std::memory_order_acquire);
+}
+
+DskPlayback *DualDeckPlayer::dskPlayback() const
+{
+    return d->engine->dsk.get();
 }
 
 BgmDeck *DualDeckPlayer::bgmDeck() const

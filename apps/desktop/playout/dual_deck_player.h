@@ -16,6 +16,7 @@
 namespace tarnix {
 
 class BgmDeck;
+class DskPlayback;
 class DeckSourceSession;
 
 // Time limits of the player itself; the defaults are the product's values.
@@ -145,6 +146,10 @@ public:
     LevelReading bgmInputLevel() const;
     // The BGM post-fader meter takes readings while this is on.
     void setBgmMetering(bool on);
+
+    // The two DSK decks and their layers (null before creation); the DSK
+    // controller drives them and the player polls them with the others.
+    DskPlayback *dskPlayback() const;
 
     // For the program outputs that hook in at the frame step, and tests.
     ProgramGpuCompositor *compositor() const;

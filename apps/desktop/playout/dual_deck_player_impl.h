@@ -3,6 +3,7 @@
 #include "audio/program_level_timeline.h"
 #include "playout/bgm_deck.h"
 #include "playout/deck_source_session.h"
+#include "playout/dsk_playback.h"
 #include "playout/dual_deck_player.h"
 
 #include <QElapsedTimer>
@@ -24,8 +25,9 @@ struct DualDeckEngine {
     // The BGM deck, created after deck B.
     std::unique_ptr<BgmDeck> bgm;
     std::unique_ptr<ProgramAudioOutput> audio;
-    // The two DSK decks join here, created after the program audio output.
     std::unique_ptr<ProgramGpuCompositor> compositor;
+    // The two DSK decks, created once the compositor they feed has started.
+    std::unique_ptr<DskPlayback> dsk;
     std::atomic<bool> shutdownFinished{false};
     std::atomic<bool> shutdownConfirmed{false};
 

@@ -1,6 +1,7 @@
 #include "playout/dual_deck_program_player.h"
 
 #include "playout/deck_source_session.h"
+#include "playout/dsk_playback.h"
 #include "playout/dual_deck_player.h"
 
 namespace tarnix {
@@ -100,5 +101,10 @@ int DualDeckProgramPlayer::takeEvent(QString *text, bool *programAudio) { return
 ProgramLevelTimeline::Snapshot DualDeckProgramPlayer::levelSnapshot() { return m_player->levelSnapshot(); }
 void DualDeckProgramPlayer::poll() { m_player->poll(); }
 void DualDeckProgramPlayer::beginShutdown() { m_player->beginShutdown(); }
+
+DskPlayer *DualDeckProgramPlayer::dskPlayer()
+{
+    return m_player ? m_player->dskPlayback() : nullptr;
+}
 
 } // namespace tarnix

@@ -56,6 +56,7 @@ public:
     void poll() override;
     void beginShutdown() override;
     BgmPlayer *bgmPlayer() override { return &m_bgm; }
+    DskPlayer *dskPlayer() override;
 
 private:
     // The program audio output while the player is up; null otherwise.

@@ -1,5 +1,6 @@
 #include "playout/dual_deck_player_impl.h"
 
+#include "playout/playbin_control.h"
 #include "audio/level_reading.h"
 
 #include <cmath>
@@ -9,13 +10,6 @@ namespace tarnix {
 namespace {
 
 constexpr gint64 kNsPerMs = GST_MSECOND;
-
-// A state change that returns without waiting: ASYNC and NO_PREROLL count
-// as accepted, only FAILURE refuses.
-bool requestState(GstElement *element, GstState state)
-{
-    return element && gst_element_set_state(element, state) != GST_STATE_CHANGE_FAILURE;
-}
 
 bool seekRange(GstElement *playbin, double rate, qint64 startMs, qint64 stopMs)
 {

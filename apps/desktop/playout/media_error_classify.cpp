@@ -10,22 +10,31 @@ bool isOfflineError(const GError *error)
            || error->code == GST_RESOURCE_ERROR_OPEN_READ || error->code == GST_RESOURCE_ERROR_READ;
 }
 
-MediaErrorClass classifyPendingError(GstBus *bus, const QString &fallbackText)
+MediaErrorClass classifyError(GstMessage *message, const QString &fallbackText)
 {
     MediaErrorClass result{false, fallbackText};
-    if (!bus)
-        return result;
-    GstMessage *message = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
-    if (!message)
-        return result;
     GError *error = nullptr;
-    gst_message_parse_error(message, &error, nullptr);
+    gchar *debug = nullptr;
+    gst_message_parse_error(message, &error, &debug);
     if (error) {
         if (error->message && *error->message)
             result.text = QString::fromUtf8(error->message);
         result.offline = isOfflineError(error);
+        result.notLinked = error->domain == GST_STREAM_ERROR && debug && g_strrstr(debug, "not-linked");
         g_error_free(error);
     }
+    g_free(debug);
+    return result;
+}
+
+MediaErrorClass classifyPendingError(GstBus *bus, const QString &fallbackText)
+{
+    if (!bus)
+        return {false, fallbackText};
+    GstMessage *message = gst_bus_pop_filtered(bus, GST_MESSAGE_ERROR);
+    if (!message)
+        return {false, fallbackText};
+    MediaErrorClass result = classifyError(message, fallbackText);
     gst_message_unref(message);
     return result;
 }

@@ -6,6 +6,7 @@
 
 namespace tarnix {
 class BgmPlayer;
+class DskPlayer;
 }
 
 #include <QString>
@@ -76,6 +77,9 @@ public:
     // The BGM deck and its path in the program mix; null when the player
     // has none. It lives as long as the player.
     virtual BgmPlayer *bgmPlayer() { return nullptr; }
+    // The DSK layer; null when the player has none. It lives as long as
+    // the player.
+    virtual DskPlayer *dskPlayer() { return nullptr; }
 };
 
 } // namespace tarnix
