@@ -323,6 +323,170 @@
         <source>The program audio output is unavailable.</source>
         <translation>The program audio output is unavailable.</translation>
     </message>
+    <message id="program.dsk.audio_isolation_failed">
+        <source>DSK audio isolation could not be enforced.</source>
+        <translation>DSK audio isolation could not be enforced.</translation>
+    </message>
+    <message id="program.warning.bgm_mode_dsk">
+        <source>Items of a BGM playlist play on the BGM player, not in DSK.</source>
+        <translation>Items of a BGM playlist play on the BGM player, not in DSK.</translation>
+    </message>
+    <message id="program.dsk.invalid_item">
+        <source>Select a valid playlist item to send to DSK.</source>
+        <translation>Select a valid playlist item to send to DSK.</translation>
+    </message>
+    <message id="program.dsk.invalid_range">
+        <source>The DSK In or Out point is invalid.</source>
+        <translation>The DSK In or Out point is invalid.</translation>
+    </message>
+    <message id="program.dsk.still_stopping">
+        <source>The previous DSK source is still stopping.</source>
+        <translation>The previous DSK source is still stopping.</translation>
+    </message>
+    <message id="program.dsk.stop_failed">
+        <source>Could not stop the DSK pipeline.</source>
+        <translation>Could not stop the DSK pipeline.</translation>
+    </message>
+    <message id="program.dsk.prepare_failed">
+        <source>Could not prepare the DSK item.</source>
+        <translation>Could not prepare the DSK item.</translation>
+    </message>
+    <message id="program.dsk.media_offline">
+        <source>Media offline: the file is missing or did not respond in time.</source>
+        <translation>Media offline: the file is missing or did not respond in time.</translation>
+    </message>
+    <message id="program.dsk.cancelled">
+        <source>Media preparation was cancelled.</source>
+        <translation>Media preparation was cancelled.</translation>
+    </message>
+    <message id="program.dsk.no_video">
+        <source>No playable video stream was found in the DSK item.</source>
+        <translation>No playable video stream was found in the DSK item.</translation>
+    </message>
+    <message id="program.dsk.no_frame">
+        <source>No DSK frame arrived before the preparation deadline.</source>
+        <translation>No DSK frame arrived before the preparation deadline.</translation>
+    </message>
+    <message id="program.dsk.display_failed">
+        <source>Could not display DSK.</source>
+        <translation>Could not display DSK.</translation>
+    </message>
+    <message id="program.dsk.off_failed">
+        <source>Could not turn DSK off.</source>
+        <translation>Could not turn DSK off.</translation>
+    </message>
+    <message id="program.dsk.pause_failed">
+        <source>Could not pause the DSK media.</source>
+        <translation>Could not pause the DSK media.</translation>
+    </message>
+    <message id="program.dsk.play_failed">
+        <source>Could not play the DSK media.</source>
+        <translation>Could not play the DSK media.</translation>
+    </message>
+    <message id="program.dsk.end_mode_stop_failed">
+        <source>Could not execute DSK End Mode &quot;Stop&quot;.</source>
+        <translation>Could not execute DSK End Mode &quot;Stop&quot;.</translation>
+    </message>
+    <message id="program.dsk.end_mode_pause_failed">
+        <source>Could not execute DSK End Mode &quot;Pause&quot;.</source>
+        <translation>Could not execute DSK End Mode &quot;Pause&quot;.</translation>
+    </message>
+    <message id="program.dsk.end_mode_repeat_failed">
+        <source>Could not execute DSK End Mode &quot;Repeat&quot;.</source>
+        <translation>Could not execute DSK End Mode &quot;Repeat&quot;.</translation>
+    </message>
+    <message id="program.dsk.end_mode_next_failed">
+        <source>Could not execute DSK End Mode &quot;Next&quot;.</source>
+        <translation>Could not execute DSK End Mode &quot;Next&quot;.</translation>
+    </message>
+    <message id="program.dsk.end_mode_goto_failed">
+        <source>Could not execute DSK End Mode &quot;GOTO&quot;.</source>
+        <translation>Could not execute DSK End Mode &quot;GOTO&quot;.</translation>
+    </message>
+    <message id="program.dsk.no_next">
+        <source>No eligible next DSK playlist item is available.</source>
+        <translation>No eligible next DSK playlist item is available.</translation>
+    </message>
+    <message id="program.dsk.no_goto">
+        <source>No eligible DSK GOTO destination is selected or available.</source>
+        <translation>No eligible DSK GOTO destination is selected or available.</translation>
+    </message>
+    <message id="program.dsk.return_failed">
+        <source>Could not return the DSK media to its In point.</source>
+        <translation>Could not return the DSK media to its In point.</translation>
+    </message>
+    <message id="program.dsk.repeat_failed">
+        <source>Could not start repeated DSK playback.</source>
+        <translation>Could not start repeated DSK playback.</translation>
+    </message>
+    <message id="program.dsk.stop_at_in_failed">
+        <source>Could not stop the DSK media at its In point.</source>
+        <translation>Could not stop the DSK media at its In point.</translation>
+    </message>
+    <message id="program.dsk.composition_failed">
+        <source>GPU composition of the DSK frame failed. Base video will continue.</source>
+        <translation>GPU composition of the DSK frame failed. Base video will continue.</translation>
+    </message>
+    <message id="program.dsk.frame_display_failed">
+        <source>Could not display the DSK GPU frame.</source>
+        <translation>Could not display the DSK GPU frame.</translation>
+    </message>
+    <message id="program.dsk.frames_failed">
+        <source>Could not retrieve video frames from the DSK media.</source>
+        <translation>Could not retrieve video frames from the DSK media.</translation>
+    </message>
+    <message id="program.dsk.playback_failed">
+        <source>DSK playback failed.</source>
+        <translation>DSK playback failed.</translation>
+    </message>
+    <message id="program.dsk.preparing_tooltip">
+        <source>Preparing DSK: %1 (click to queue ON)</source>
+        <translation>Preparing DSK: %1 (click to queue ON)</translation>
+    </message>
+    <message id="program.dsk.preparing_accessible">
+        <source>DSK is preparing; press to turn on when ready</source>
+        <translation>DSK is preparing; press to turn on when ready</translation>
+    </message>
+    <message id="program.dsk.queued_tooltip">
+        <source>DSK ON queued: %1 (click to cancel)</source>
+        <translation>DSK ON queued: %1 (click to cancel)</translation>
+    </message>
+    <message id="program.dsk.queued_accessible">
+        <source>DSK is preparing to turn on; press to cancel</source>
+        <translation>DSK is preparing to turn on; press to cancel</translation>
+    </message>
+    <message id="program.dsk.off_tooltip">
+        <source>Turn DSK off and return it to the In point</source>
+        <translation>Turn DSK off and return it to the In point</translation>
+    </message>
+    <message id="program.dsk.on_accessible">
+        <source>DSK is active; press to turn off</source>
+        <translation>DSK is active; press to turn off</translation>
+    </message>
+    <message id="program.dsk.error_tooltip">
+        <source>DSK error: %1</source>
+        <translation>DSK error: %1</translation>
+    </message>
+    <message id="program.dsk.retry_accessible">
+        <source>DSK error: %1; press to retry with the selected item</source>
+        <translation>DSK error: %1; press to retry with the selected item</translation>
+    </message>
+    <message id="program.dsk.select_accessible">
+        <source>DSK error: %1; select a valid playlist item</source>
+        <translation>DSK error: %1; select a valid playlist item</translation>
+    </message>
+    <message id="program.dsk.send_tooltip">
+        <source>Send the selected playlist item to DSK</source>
+        <translation>Send the selected playlist item to DSK</translation>
+    </message>
+    <message id="program.dsk.inactive_ready_accessible">
+        <source>DSK is inactive; press to show the selected item</source>
+        <translation>DSK is inactive; press to show the selected item</translation>
+    </message>
+    <message id="program.warning.item_in_dsk">
+        <source>An item in DSK cannot be taken ON AIR.</source>
+        <translation>An item in DSK cannot be taken ON AIR.</translation>
+    </message>
     <message id="program.warning.bgm_mode_on_air">
         <source>Items of a BGM playlist play on the BGM player, not ON AIR.</source>
         <translation>Items of a BGM playlist play on the BGM player, not ON AIR.</translation>

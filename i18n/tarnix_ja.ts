@@ -323,6 +323,170 @@
         <source>The program audio output is unavailable.</source>
         <translation>プログラム音声出力を使用できません。</translation>
     </message>
+    <message id="program.dsk.audio_isolation_failed">
+        <source>DSK audio isolation could not be enforced.</source>
+        <translation>DSKの音声分離を適用できませんでした。</translation>
+    </message>
+    <message id="program.warning.bgm_mode_dsk">
+        <source>Items of a BGM playlist play on the BGM player, not in DSK.</source>
+        <translation>BGMプレイリストのアイテムはDSKではなくBGMプレーヤーで再生されます。</translation>
+    </message>
+    <message id="program.dsk.invalid_item">
+        <source>Select a valid playlist item to send to DSK.</source>
+        <translation>DSKに送る有効なプレイリストアイテムを選択してください。</translation>
+    </message>
+    <message id="program.dsk.invalid_range">
+        <source>The DSK In or Out point is invalid.</source>
+        <translation>DSKのIn点またはOut点が無効です。</translation>
+    </message>
+    <message id="program.dsk.still_stopping">
+        <source>The previous DSK source is still stopping.</source>
+        <translation>前のDSKソースがまだ停止処理中です。</translation>
+    </message>
+    <message id="program.dsk.stop_failed">
+        <source>Could not stop the DSK pipeline.</source>
+        <translation>DSKパイプラインを停止できませんでした。</translation>
+    </message>
+    <message id="program.dsk.prepare_failed">
+        <source>Could not prepare the DSK item.</source>
+        <translation>DSKアイテムを準備できませんでした。</translation>
+    </message>
+    <message id="program.dsk.media_offline">
+        <source>Media offline: the file is missing or did not respond in time.</source>
+        <translation>メディアがオフラインです: ファイルが見つからないか、時間内に応答しませんでした。</translation>
+    </message>
+    <message id="program.dsk.cancelled">
+        <source>Media preparation was cancelled.</source>
+        <translation>メディアの準備が取り消されました。</translation>
+    </message>
+    <message id="program.dsk.no_video">
+        <source>No playable video stream was found in the DSK item.</source>
+        <translation>DSKアイテムに再生可能な映像ストリームが見つかりませんでした。</translation>
+    </message>
+    <message id="program.dsk.no_frame">
+        <source>No DSK frame arrived before the preparation deadline.</source>
+        <translation>準備の期限までにDSKのフレームが届きませんでした。</translation>
+    </message>
+    <message id="program.dsk.display_failed">
+        <source>Could not display DSK.</source>
+        <translation>DSKを表示できませんでした。</translation>
+    </message>
+    <message id="program.dsk.off_failed">
+        <source>Could not turn DSK off.</source>
+        <translation>DSKをオフにできませんでした。</translation>
+    </message>
+    <message id="program.dsk.pause_failed">
+        <source>Could not pause the DSK media.</source>
+        <translation>DSKメディアを一時停止できませんでした。</translation>
+    </message>
+    <message id="program.dsk.play_failed">
+        <source>Could not play the DSK media.</source>
+        <translation>DSKメディアを再生できませんでした。</translation>
+    </message>
+    <message id="program.dsk.end_mode_stop_failed">
+        <source>Could not execute DSK End Mode &quot;Stop&quot;.</source>
+        <translation>DSKの終了モード「停止」を実行できませんでした。</translation>
+    </message>
+    <message id="program.dsk.end_mode_pause_failed">
+        <source>Could not execute DSK End Mode &quot;Pause&quot;.</source>
+        <translation>DSKの終了モード「一時停止」を実行できませんでした。</translation>
+    </message>
+    <message id="program.dsk.end_mode_repeat_failed">
+        <source>Could not execute DSK End Mode &quot;Repeat&quot;.</source>
+        <translation>DSKの終了モード「リピート」を実行できませんでした。</translation>
+    </message>
+    <message id="program.dsk.end_mode_next_failed">
+        <source>Could not execute DSK End Mode &quot;Next&quot;.</source>
+        <translation>DSKの終了モード「次へ」を実行できませんでした。</translation>
+    </message>
+    <message id="program.dsk.end_mode_goto_failed">
+        <source>Could not execute DSK End Mode &quot;GOTO&quot;.</source>
+        <translation>DSKの終了モード「GOTO」を実行できませんでした。</translation>
+    </message>
+    <message id="program.dsk.no_next">
+        <source>No eligible next DSK playlist item is available.</source>
+        <translation>次に表示できるDSKプレイリストアイテムがありません。</translation>
+    </message>
+    <message id="program.dsk.no_goto">
+        <source>No eligible DSK GOTO destination is selected or available.</source>
+        <translation>DSKのGOTO先が選択されていないか、使用できません。</translation>
+    </message>
+    <message id="program.dsk.return_failed">
+        <source>Could not return the DSK media to its In point.</source>
+        <translation>DSKメディアをIn点に戻せませんでした。</translation>
+    </message>
+    <message id="program.dsk.repeat_failed">
+        <source>Could not start repeated DSK playback.</source>
+        <translation>DSKのリピート再生を開始できませんでした。</translation>
+    </message>
+    <message id="program.dsk.stop_at_in_failed">
+        <source>Could not stop the DSK media at its In point.</source>
+        <translation>DSKメディアをIn点で停止できませんでした。</translation>
+    </message>
+    <message id="program.dsk.composition_failed">
+        <source>GPU composition of the DSK frame failed. Base video will continue.</source>
+        <translation>DSKフレームのGPU合成に失敗しました。ベース映像は継続します。</translation>
+    </message>
+    <message id="program.dsk.frame_display_failed">
+        <source>Could not display the DSK GPU frame.</source>
+        <translation>DSKのGPUフレームを表示できませんでした。</translation>
+    </message>
+    <message id="program.dsk.frames_failed">
+        <source>Could not retrieve video frames from the DSK media.</source>
+        <translation>DSKメディアから映像フレームを取得できませんでした。</translation>
+    </message>
+    <message id="program.dsk.playback_failed">
+        <source>DSK playback failed.</source>
+        <translation>DSKの再生に失敗しました。</translation>
+    </message>
+    <message id="program.dsk.preparing_tooltip">
+        <source>Preparing DSK: %1 (click to queue ON)</source>
+        <translation>DSK準備中: %1 (クリックで準備完了後にON)</translation>
+    </message>
+    <message id="program.dsk.preparing_accessible">
+        <source>DSK is preparing; press to turn on when ready</source>
+        <translation>DSKは準備中です。押すと準備完了時にオンになります</translation>
+    </message>
+    <message id="program.dsk.queued_tooltip">
+        <source>DSK ON queued: %1 (click to cancel)</source>
+        <translation>DSK ON待機中: %1 (クリックで取り消し)</translation>
+    </message>
+    <message id="program.dsk.queued_accessible">
+        <source>DSK is preparing to turn on; press to cancel</source>
+        <translation>DSKはオンにする準備中です。押すと取り消します</translation>
+    </message>
+    <message id="program.dsk.off_tooltip">
+        <source>Turn DSK off and return it to the In point</source>
+        <translation>DSKをオフにしてIn点に戻す</translation>
+    </message>
+    <message id="program.dsk.on_accessible">
+        <source>DSK is active; press to turn off</source>
+        <translation>DSKはアクティブです。押すとオフになります</translation>
+    </message>
+    <message id="program.dsk.error_tooltip">
+        <source>DSK error: %1</source>
+        <translation>DSKエラー: %1</translation>
+    </message>
+    <message id="program.dsk.retry_accessible">
+        <source>DSK error: %1; press to retry with the selected item</source>
+        <translation>DSKエラー: %1。押すと選択中のアイテムで再試行します</translation>
+    </message>
+    <message id="program.dsk.select_accessible">
+        <source>DSK error: %1; select a valid playlist item</source>
+        <translation>DSKエラー: %1。有効なプレイリストアイテムを選択してください</translation>
+    </message>
+    <message id="program.dsk.send_tooltip">
+        <source>Send the selected playlist item to DSK</source>
+        <translation>選択中のプレイリストアイテムをDSKに送る</translation>
+    </message>
+    <message id="program.dsk.inactive_ready_accessible">
+        <source>DSK is inactive; press to show the selected item</source>
+        <translation>DSKは非アクティブです。押すと選択中のアイテムを表示します</translation>
+    </message>
+    <message id="program.warning.item_in_dsk">
+        <source>An item in DSK cannot be taken ON AIR.</source>
+        <translation>DSKに表示中のアイテムはON AIRにできません。</translation>
+    </message>
     <message id="program.warning.bgm_mode_on_air">
         <source>Items of a BGM playlist play on the BGM player, not ON AIR.</source>
         <translation>BGM プレイリストの項目は ON AIR ではなく BGM プレーヤーで再生されます。</translation>

@@ -179,6 +179,7 @@ void MainController::Impl::createProgramSide()
     if (programPanel) {
         programPlayout->setProgramPanel(programPanel->view());
         programPlayout->setBgmPanel(programPanel->bgmView());
+        programPlayout->setDskPanel(programPanel->dskView());
     }
 }
 

@@ -144,6 +144,8 @@ int DskPlayback::status() const
     }
 }
 
+bool DskPlayback::isPreparationReady() const { return d->preparedReady(); }
+
 QString DskPlayback::preparationError() const
 {
     const DskDeck *deck = d->deckAt(d->preparing);

@@ -45,6 +45,7 @@ public:
     bool isAvailable() const override;
     bool prepare(const DeckSource &request, QString *error) override;
     int status() const override;
+    bool isPreparationReady() const override;
     QString preparationError() const override;
     bool isPreparedStill() const override;
     bool cancelPreparation(QString *error) override;

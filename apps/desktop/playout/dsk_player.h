@@ -27,6 +27,9 @@ public:
     // text when refused (the visible deck is untouched).
     virtual bool prepare(const DeckSource &request, QString *error) = 0;
     virtual int status() const = 0;
+    // The deck that is not visible holds a prepared item, its first frame
+    // in its layer: a take shows it on the next output frame.
+    virtual bool isPreparationReady() const = 0;
     // Why the preparation failed; empty while none failed.
     virtual QString preparationError() const = 0;
     // The prepared item, or the visible one, is a still image.

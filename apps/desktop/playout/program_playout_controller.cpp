@@ -463,6 +463,12 @@ ProgramPlayoutController::ProgramPlayoutController(std::unique_ptr<ProgramPlayer
         bgmOptions.monotonicMs = d->options.monotonicMs;
     d->bgm = std::make_unique<BgmPlayoutController>(d->player->bgmPlayer(), model, selection, userInfo, operations,
                                                     state, d->audio, std::move(bgmOptions));
+    DskPlayoutOptions dskOptions = d->options.dsk;
+    dskOptions.startTimers = d->options.startTimers;
+    if (!dskOptions.monotonicMs)
+        dskOptions.monotonicMs = d->options.monotonicMs;
+    d->dsk = std::make_unique<DskPlayoutController>(d->player->dskPlayer(), model, selection, userInfo, operations,
+                                                    state, std::move(dskOptions));
     d->tickTimer.setTimerType(Qt::PreciseTimer);
     d->tickTimer.setInterval(d->options.tickInterval);
     connect(&d->tickTimer, &QTimer::timeout, this, &ProgramPlayoutController::tick);
@@ -554,10 +560,11 @@ ProgramPlayoutController::~ProgramPlayoutController()
 
 void ProgramPlayoutController::shutdown()
 {
-    // Document navigation and the DSK animations stop here too once they
-    // exist; the BGM deck shuts down with the player.
+    // Document navigation stops here too once it exists; the BGM and DSK
+    // decks shut down with the player.
     d->closing = true;
     d->bgm->shutdown();
+    d->dsk->shutdown();
     d->tickTimer.stop();
     d->endTickTimer.stop();
     d->standbyWatchTimer.stop();
@@ -585,6 +592,12 @@ bool ProgramPlayoutController::takeOnAir()
         d->queuedTakeItem.reset();
         d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.bgm_mode_on_air"),
                 texts::bgmModeOnAirFallback());
+        return false;
+    }
+    // The two layers never show the same item.
+    if (selected == d->model->dskItemId()) {
+        d->queuedTakeItem.reset();
+        d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.item_in_dsk"), texts::itemInDskFallback());
         return false;
     }
     if (!d->allowSameItemRetake && selected == d->programState.itemId()) {
@@ -634,6 +647,11 @@ bool ProgramPlayoutController::takeTarget(const ProgramTarget &target, bool cros
         d->queuedTakeItem.reset();
         d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.bgm_mode_on_air"),
                 texts::bgmModeOnAirFallback());
+        return false;
+    }
+    if (item && target.itemId == d->model->dskItemId()) {
+        d->queuedTakeItem.reset();
+        d->post(UserInfoSeverity::Warning, QStringLiteral("program.warning.item_in_dsk"), texts::itemInDskFallback());
         return false;
     }
     if (!item || !d->preparedTarget || *d->preparedTarget != target) {
@@ -840,6 +858,11 @@ void ProgramPlayoutController::setBgmPanel(BgmPanelView *panel)
     d->bgm->setPanel(panel);
 }
 
+void ProgramPlayoutController::setDskPanel(DskPanelView *panel)
+{
+    d->dsk->setPanel(panel);
+}
+
 void ProgramPlayoutController::setAllowSameItemRetake(bool allow) { d->allowSameItemRetake = allow; }
 void ProgramPlayoutController::setAutoSelectNextItem(bool on) { d->autoSelectNextItem = on; }
 
@@ -859,8 +882,8 @@ void ProgramPlayoutController::tick()
         d->stillEnded = true;
     d->player->poll();
     d->bgm->poll();
-    // The DSK layer is serviced after the standby.
     d->serviceStandby();
+    d->dsk->poll();
     d->serviceMacroTransport();
     if (d->programState.itemId() == 0) {
         // A late end of stream of an item that left the air is dropped.
@@ -946,5 +969,6 @@ int ProgramPlayoutController::tickIntervalMs() const { return int(d->tickTimer.i
 QString ProgramPlayoutController::statusText() const { return d->statusText; }
 ProgramAudioController *ProgramPlayoutController::audioController() const { return d->audio; }
 BgmPlayoutController *ProgramPlayoutController::bgmController() const { return d->bgm.get(); }
+DskPlayoutController *ProgramPlayoutController::dskController() const { return d->dsk.get(); }
 
 } // namespace tarnix

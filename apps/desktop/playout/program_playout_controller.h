@@ -2,6 +2,7 @@
 
 #include "audio/program_audio_controller.h"
 #include "playout/bgm_playout_controller.h"
+#include "playout/dsk_playout_controller.h"
 #include "playout/program_player.h"
 #include "playout/program_target.h"
 #include "playout/playout_item_state.h"
@@ -18,6 +19,7 @@
 namespace tarnix {
 
 class BgmPanelView;
+class DskPanelView;
 class ControlStateRegistry;
 class ControllerOperations;
 class ItemSelection;
@@ -52,6 +54,8 @@ struct ProgramPlayoutOptions {
     // The BGM player's; its timers follow startTimers and its clock is this
     // controller's unless it has one of its own.
     BgmPlayoutOptions bgm;
+    // The DSK layer's; likewise.
+    DskPlayoutOptions dsk;
 };
 
 // The ON AIR state machine: it follows the selection onto the standby deck,
@@ -118,6 +122,8 @@ public:
     void setPlaylistPanel(PlaylistPanelView *panel);
     // The program panel's BGM module goes to the BGM player.
     void setBgmPanel(BgmPanelView *panel);
+    // The program panel's DSK buttons go to the DSK controller.
+    void setDskPanel(DskPanelView *panel);
 
     // Settings, pushed in by whoever reads them.
     void setAllowSameItemRetake(bool allow);
@@ -138,6 +144,8 @@ public:
     ProgramAudioController *audioController() const;
     // The BGM player beside ON AIR, created with the player.
     BgmPlayoutController *bgmController() const;
+    // The DSK layer's logic, created with the player.
+    DskPlayoutController *dskController() const;
 
     // What the state machine holds now.
     quint64 onAirItemId() const;

@@ -47,6 +47,8 @@ struct ProgramPlayoutController::Impl {
     std::unique_ptr<ProgramPlayer> player;
     // Destroyed before the player whose BGM deck it drives.
     std::unique_ptr<BgmPlayoutController> bgm;
+    // Likewise for the DSK decks.
+    std::unique_ptr<DskPlayoutController> dsk;
     QPointer<PlaylistModel> model;
     QPointer<ItemSelection> selection;
     QPointer<UserInfoCenter> userInfo;

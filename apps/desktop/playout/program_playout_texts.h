@@ -31,6 +31,7 @@ inline QString rateChangeFailed() { return QStringLiteral("Playback rate change 
 inline QString mediaOffline() { return QStringLiteral("MEDIA OFFLINE\n"); }
 inline QString pipelineAlsoFailedToStop() { return QStringLiteral("\nThe playback pipeline also failed to stop."); }
 inline QString cannotDeleteOnAir() { return QStringLiteral("An item currently ON AIR cannot be deleted."); }
+inline QString itemInDskFallback() { return QStringLiteral("An item in DSK cannot be taken ON AIR."); }
 inline QString cannotDeleteDsk() { return QStringLiteral("An item currently in DSK cannot be deleted."); }
 
 // End modes.

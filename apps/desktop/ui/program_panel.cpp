@@ -10,6 +10,7 @@
 #include "ui/master_eq_window.h"
 #include "ui/playlist_item_texts.h"
 #include "ui/program_bgm_module.h"
+#include "ui/program_dsk_buttons.h"
 #include "ui/remaining_time.h"
 
 #include <QButtonGroup>
@@ -229,6 +230,8 @@ bool ProgramPanel::setBgmControlsShown(bool shown)
 
 BgmPanelView *ProgramPanel::bgmView() const { return d->bgmModule->view(); }
 
+DskPanelView *ProgramPanel::dskView() const { return d->dskButtons; }
+
 // The BGM controls stand while wanted or while BGM runs; hidden, the fader
 // strip goes back to the item.
 void ProgramPanel::Impl::refreshBgmControls()
@@ -383,12 +386,11 @@ QWidget *ProgramPanel::Impl::buildActions()
         ftbButton->setChecked(!ftbButton->isChecked());
         invoke(Ops::ToggleFtb);
     });
-    // The DSK layer's place; its logic joins with the DSK owner.
+    // The DSK buttons follow what the DSK controller tells their view.
     dskOnButton = button(effects, "dskOnButton");
     dskPlayButton = button(effects, "dskPlayButton");
     dskPauseButton = button(effects, "dskPauseButton");
-    for (QPushButton *dsk : {dskOnButton, dskPlayButton, dskPauseButton})
-        dsk->setEnabled(false);
+    dskButtons = new ProgramDskButtons(dskOnButton, dskPlayButton, dskPauseButton, q);
     QObject::connect(dskOnButton, &QPushButton::clicked, q, [this] { invoke(Ops::ToggleDsk); });
     QObject::connect(dskPlayButton, &QPushButton::clicked, q, [this] { invoke(Ops::DskPlay); });
     QObject::connect(dskPauseButton, &QPushButton::clicked, q, [this] { invoke(Ops::DskPause); });
@@ -614,11 +616,7 @@ void ProgramPanel::Impl::retranslate()
     }
     ftbButton->setText(text("program.ftb", "FTB"));
     ftbButton->setToolTip(text("program.ftb.tooltip", "Fade the program to black, and back"));
-    dskOnButton->setText(text("program.dsk", "DSK"));
-    dskOnButton->setToolTip(text("program.dsk.select_tooltip", "Select a playlist item to send to DSK"));
-    dskOnButton->setAccessibleName(text("program.dsk.inactive_accessible", "DSK is inactive; select a playlist item"));
-    dskPlayButton->setText(text("program.dsk.play", "DSK PLAY"));
-    dskPauseButton->setText(text("program.dsk.pause", "DSK PAUSE"));
+    dskButtons->retranslate();
     remainingTitle->setText(text("program.remaining.title", "REMAIN TIMER"));
     totalModeButton->setText(text("program.remaining.total_mode", "Total"));
     QStringList remainingSamples{text("common.live", "LIVE"), text("program.remaining.unknown", "UNLIMITED")};

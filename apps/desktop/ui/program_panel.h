@@ -8,6 +8,7 @@
 namespace tarnix {
 
 class BgmPanelView;
+class DskPanelView;
 class ControllerOperations;
 class PlaylistModel;
 class ProgramPanelView;
@@ -30,6 +31,8 @@ public:
     ProgramPanelView *view() const;
     // The BGM module as the BGM player drives it.
     BgmPanelView *bgmView() const;
+    // The DSK buttons as the DSK controller drives them.
+    DskPanelView *dskView() const;
 
     // The player's monitor picture takes its place in the panel.
     void setMonitor(QWidget *monitor);

@@ -23,6 +23,8 @@ class QVBoxLayout;
 
 namespace tarnix {
 
+class ProgramDskButtons;
+
 class AudioDelayControl;
 class AudioFaderWidget;
 class AudioMeterWidget;
@@ -117,6 +119,7 @@ struct ProgramPanel::Impl {
     QPushButton *dskOnButton = nullptr;
     QPushButton *dskPlayButton = nullptr;
     QPushButton *dskPauseButton = nullptr;
+    ProgramDskButtons *dskButtons = nullptr;
     QFrame *remainingModule = nullptr;
     QLabel *remainingTitle = nullptr;
     QPushButton *totalModeButton = nullptr;
