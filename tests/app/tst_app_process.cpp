@@ -12,6 +12,7 @@
 #include "video/private_xvfb.h"
 
 #include <QFile>
+#include <QImage>
 #include <QJsonArray>
 #include <QJsonValue>
 #include <QtTest>
@@ -497,7 +498,23 @@ private slots:
             song.settings.endMode = PlaylistEndMode::next;
             show.items << song;
         }
-        show.nextItemId = 5;
+        // A key for the DSK: a transparent frame with an opaque strap.
+        const QString keyPath = m_files.filePath("strap.png");
+        QImage key(640, 360, QImage::Format_ARGB32);
+        key.fill(Qt::transparent);
+        for (int y = 280; y < 330; ++y)
+            for (int x = 40; x < 600; ++x)
+                key.setPixelColor(x, y, QColor(20, 90, 200));
+        QVERIFY(key.save(keyPath));
+        PlaylistItem strap;
+        strap.id = 5;
+        strap.position = 3;
+        strap.playlistNumber = 1;
+        strap.filePath = keyPath;
+        strap.displayName = QStringLiteral("strap");
+        strap.mediaType = PlaylistMediaType::stillImage;
+        show.items << strap;
+        show.nextItemId = 6;
         const QString file = m_files.filePath("show-with-bgm.json");
         QVERIFY(writePlaylistFile(file, show));
 
@@ -521,6 +538,20 @@ private slots:
                 20000));
             QVERIFY(takeFirstClip(app, QString()));
             QVERIFY(QRegularExpression(R"("onAirItemId":1,.*"bgmItemId":3,)").match(QString::fromUtf8(app.ctl({"state"}).line)).hasMatch());
+
+            // The key over the program, beside the BGM; ON AIR refuses it.
+            QCOMPARE(app.ctl({R"({"action":"SelectItem","args":[{"uint64":"5"}]})"}).exitCode, 0);
+            QCOMPARE(app.ctl({"ToggleDsk"}).exitCode, 0);
+            QVERIFY(QTest::qWaitFor([&] { return field(app.state(), "dskItemId") == 5; }, 10000));
+            QVERIFY(QRegularExpression(R"("onAirItemId":1,.*"dskItemId":5,.*"bgmItemId":3)")
+                        .match(QString::fromUtf8(app.ctl({"state"}).line))
+                        .hasMatch());
+            (void)app.ctl({"TakeSelectedOnAir"});
+            QVERIFY(QTest::qWaitFor([&] { return app.logContains("An item in DSK cannot be taken ON AIR."); }, 5000));
+            QCOMPARE(field(app.state(), "onAirItemId"), 1);
+            QCOMPARE(app.ctl({"ToggleDsk"}).exitCode, 0);
+            QVERIFY(QTest::qWaitFor([&] { return app.state().value("dskItemId").isNull(); }, 5000));
+
             QCOMPARE(app.ctl({"OffAir"}).exitCode, 0);
             QVERIFY(QTest::qWaitFor([&] { return app.state().value("onAirItemId").isNull(); }, 10000));
             QCOMPARE(field(app.state(), "bgmItemId"), 3);
