@@ -139,8 +139,8 @@ private slots:
         QCOMPARE(file->actions().first()->text(), QStringLiteral("Add Files..."));
         QVERIFY(bar->findChild<QMenu *>("helpMenu")->findChild<QAction *>("debugModeAction"));
 
-        // On Air entries follow their operations: an entry whose owner does
-        // not exist yet is disabled.
+        // On Air entries follow their operations: each is enabled once its
+        // owner has bound it (the DSK's owner comes with the program side).
         auto *onAir = bar->findChild<QMenu *>("onAirMenu");
         QVERIFY(onAir);
         QCOMPARE(onAir->actions().size(), 13);
@@ -149,7 +149,7 @@ private slots:
         QVERIFY(take && dsk);
         QCOMPARE(take->text(), QStringLiteral("Take ON AIR"));
         QVERIFY(take->isEnabled());
-        QVERIFY(!dsk->isEnabled());
+        QVERIFY(dsk->isEnabled());
     }
 
     // The playlist panel in the controller window: it owns the selection,
