@@ -1,5 +1,6 @@
 #include "control/controller_operations.h"
 #include "playlist/playlist_model.h"
+#include "playout/dsk_panel_view.h"
 #include "playout/program_playout_panels.h"
 #include "ui/audio_fader_widget.h"
 #include "ui/program_panel.h"
@@ -178,6 +179,65 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(view->itemGain(), 0.0, 3000);
         QTRY_COMPARE(button->property("lit").toBool(), false);
         QCOMPARE(panel.findChild<AudioFaderWidget *>("programItemFader")->value(), -960);
+    }
+
+    // The DSK buttons: enabled by the layer's state and the selection, the
+    // DSK button pressed while the key is on, play or pause lit by what the
+    // DSK does (never by the click), the tooltip and accessible texts of
+    // each state, and every press an operation.
+    void dskButtonsFollowTheLayer()
+    {
+        Ops ops;
+        PlaylistModel model;
+        ProgramPanel panel(&model, &ops);
+        DskPanelView *view = panel.dskView();
+        auto *on = panel.findChild<QPushButton *>("dskOnButton");
+        auto *play = panel.findChild<QPushButton *>("dskPlayButton");
+        auto *pause = panel.findChild<QPushButton *>("dskPauseButton");
+        QVERIFY(on && play && pause && view);
+
+        view->showDsk({});
+        QVERIFY(!on->isEnabled() && !play->isEnabled() && !pause->isEnabled());
+        QCOMPARE(on->toolTip(), QStringLiteral("Select a playlist item to send to DSK"));
+        QCOMPARE(on->accessibleName(), QStringLiteral("DSK is inactive; select a playlist item"));
+
+        DskPanelState state;
+        state.selectionReady = true;
+        view->showDsk(state);
+        QVERIFY(on->isEnabled());
+        QCOMPARE(on->toolTip(), QStringLiteral("Send the selected playlist item to DSK"));
+
+        state.kind = DskPanelState::Queued;
+        state.text = QStringLiteral("strap");
+        state.selectionReady = false;
+        view->showDsk(state);
+        QVERIFY(on->isEnabled());
+        QCOMPARE(on->toolTip(), QStringLiteral("DSK ON queued: strap (click to cancel)"));
+        QCOMPARE(on->accessibleName(), QStringLiteral("DSK is preparing to turn on; press to cancel"));
+
+        state.kind = DskPanelState::Active;
+        state.playing = true;
+        view->showDsk(state);
+        QVERIFY(on->isChecked() && play->isEnabled() && pause->isEnabled());
+        QVERIFY(play->isChecked() && !pause->isChecked());
+        QCOMPARE(on->toolTip(), QStringLiteral("Turn DSK off and return it to the In point"));
+        pause->click(); // nothing is bound: the state stands as the DSK told it
+        QVERIFY(play->isChecked() && !pause->isChecked());
+
+        state.ending = true;
+        view->showDsk(state);
+        QVERIFY(!play->isEnabled() && !pause->isEnabled());
+        QVERIFY(on->isEnabled());
+
+        state = {};
+        state.kind = DskPanelState::Error;
+        state.text = QStringLiteral("No DSK frame arrived before the preparation deadline.");
+        view->showDsk(state);
+        QVERIFY(!on->isChecked() && !on->isEnabled());
+        QCOMPARE(on->toolTip(), QStringLiteral("DSK error: No DSK frame arrived before the preparation deadline."));
+        QCOMPARE(on->accessibleName(),
+                 QStringLiteral("DSK error: No DSK frame arrived before the preparation deadline.; select a valid "
+                                "playlist item"));
     }
 };
 

@@ -73,6 +73,12 @@ ProgramDskButtons::ProgramDskButtons(QPushButton *onButton, QPushButton *playBut
                                      QObject *parent)
     : DskPanelView(parent), m_on(onButton), m_play(playButton), m_pause(pauseButton)
 {
+    // The buttons stand pressed for what the DSK does, not for the click:
+    // a click's own toggle is put back to the state at once.
+    for (QPushButton *button : {onButton, playButton, pauseButton}) {
+        button->setCheckable(true);
+        connect(button, &QPushButton::clicked, this, &ProgramDskButtons::apply);
+    }
     retranslate();
 }
 
@@ -106,12 +112,17 @@ void ProgramDskButtons::apply()
     if (m_on->accessibleName() != texts.accessible)
         m_on->setAccessibleName(texts.accessible);
     setStyleProperty(m_on, "dskState", QString::fromLatin1(kindName(m_state.kind)));
+    m_on->setChecked(active);
 
     const bool transport = active && !m_state.ending;
     m_play->setEnabled(transport);
     m_pause->setEnabled(transport);
-    setStyleProperty(m_play, "highlighted", transport && m_state.playing);
-    setStyleProperty(m_pause, "highlighted", transport && !m_state.playing);
+    const bool playLit = transport && m_state.playing;
+    const bool pauseLit = transport && !m_state.playing;
+    setStyleProperty(m_play, "highlighted", playLit);
+    setStyleProperty(m_pause, "highlighted", pauseLit);
+    m_play->setChecked(playLit);
+    m_pause->setChecked(pauseLit);
 }
 
 } // namespace tarnix
