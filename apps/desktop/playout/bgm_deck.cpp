@@ -35,7 +35,7 @@ QString text(const char *literal)
 struct BgmDeck::Impl {
     Options options;
     std::shared_ptr<BgmPipeline> pipeline;
-    std::vector<std::shared_ptr<AsyncPipelineStop>> retiredStops;
+    RetiredPipelines retired;
     std::shared_ptr<AsyncFilePreparation> preparation;
     std::optional<DeckSource> pendingRequest;
     QDeadlineTimer deadline;
@@ -85,13 +85,6 @@ struct BgmDeck::Impl {
         g_object_set(pipeline->delay, "frames", delayFrames, nullptr);
     }
 
-    void pruneStops()
-    {
-        std::erase_if(retiredStops, [](const std::shared_ptr<AsyncPipelineStop> &stop) {
-            return stop->isFinished() && stop->isConfirmed();
-        });
-    }
-
     bool replacePipeline(QString *errorOut);
     void pollPreparation();
     void pumpBus();
@@ -105,8 +98,7 @@ bool BgmDeck::Impl::replacePipeline(QString *errorOut)
         resetFields();
         return true;
     }
-    pruneStops();
-    if (static_cast<int>(retiredStops.size()) > options.timings.maxUnconfirmedStops) {
+    if (!retired.hasRoom(options.timings.maxUnconfirmedStops)) {
         if (errorOut)
             *errorOut = text(bgm_text::kReleaseRefused);
         return false;
@@ -128,19 +120,8 @@ bool BgmDeck::Impl::replacePipeline(QString *errorOut)
         abortSender(audioOutput);
         gst_object_unref(audioOutput);
     }
-    std::shared_ptr<AsyncFilePreparation> oldPreparation = std::exchange(preparation, nullptr);
-    AsyncPipelineStop::Steps steps = retirementSteps(oldPreparation, old);
-    const QString retainWarning = text(bgm_text::kUnsafeRelease);
-    std::shared_ptr<AsyncPipelineStop> stop = AsyncPipelineStop::start(
-        old->playbin, std::move(steps), retainWarning, options.timings.nullConfirmation);
-    if (stop) {
-        retiredStops.push_back(std::move(stop));
-    } else {
-        qCWarning(lcPlayout()).noquote() << retainWarning;
-        retainForProcess(old, QStringLiteral("bgm"));
-        if (oldPreparation)
-            retainForProcess(oldPreparation);
-    }
+    retired.retire(old, std::exchange(preparation, nullptr), text(bgm_text::kUnsafeRelease),
+                   options.timings.nullConfirmation, QStringLiteral("bgm"));
     resetFields();
     applyItemAudio();
     if (options.pipelineReplaced)
@@ -199,13 +180,7 @@ void BgmDeck::Impl::pumpBus()
     // While a worker prepares the deck only the worker reads its bus.
     if (pendingRequest || (preparation && !preparation->isFinished()))
         return;
-    for (int count = 0; count < kMessagesPerPoll; ++count) {
-        GstMessage *message = gst_bus_pop(pipeline->bus);
-        if (!message)
-            return;
-        handleMessage(message);
-        gst_message_unref(message);
-    }
+    popBusMessages(pipeline->bus, kMessagesPerPoll, [this](GstMessage *message) { handleMessage(message); });
 }
 
 void BgmDeck::Impl::handleMessage(GstMessage *message)
@@ -399,28 +374,12 @@ void BgmDeck::setItemDelayFrames(int frames)
 GstElement *BgmDeck::playbin() const { return d->pipeline ? d->pipeline->playbin : nullptr; }
 GstElement *BgmDeck::inputLevelElement() const { return d->pipeline ? d->pipeline->inputLevel : nullptr; }
 
-int BgmDeck::pendingStopCount() const
-{
-    return static_cast<int>(std::count_if(d->retiredStops.begin(), d->retiredStops.end(),
-                                          [](const std::shared_ptr<AsyncPipelineStop> &stop) {
-                                              return !(stop->isFinished() && stop->isConfirmed());
-                                          }));
-}
+int BgmDeck::pendingStopCount() const { return d->retired.pendingCount(); }
 
 bool BgmDeck::shutdown()
 {
-    if (!d->pipeline)
-        return true;
-    d->pipeline->busCallbacks->clear();
-    if (d->preparation) {
-        d->preparation->cancel();
-        if (!d->preparation->waitFinished(d->options.timings.preparationDeadline))
-            return false;
-    }
-    const bool confirmed =
-        stopPipeline(d->pipeline->playbin, text(bgm_text::kPlaybinLabel), d->options.timings.nullConfirmation);
-    d->pipeline->shutdownConfirmed.store(confirmed, std::memory_order_release);
-    return confirmed;
+    return !d->pipeline
+           || shutdownSingleItemPipeline(*d->pipeline, d->preparation, text(bgm_text::kPlaybinLabel), d->options.timings);
 }
 
 } // namespace tarnix

@@ -33,7 +33,7 @@ QString text(const char *literal)
 struct DskDeck::Impl {
     Options options;
     std::shared_ptr<DskPipeline> pipeline;
-    std::vector<std::shared_ptr<AsyncPipelineStop>> retiredStops;
+    RetiredPipelines retired;
     std::shared_ptr<AsyncFilePreparation> preparation;
     std::optional<DeckSource> pendingRequest;
     QDeadlineTimer deadline;
@@ -68,13 +68,6 @@ struct DskDeck::Impl {
         deadline = QDeadlineTimer();
     }
 
-    void pruneStops()
-    {
-        std::erase_if(retiredStops, [](const std::shared_ptr<AsyncPipelineStop> &stop) {
-            return stop->isFinished() && stop->isConfirmed();
-        });
-    }
-
     bool isolate(QString *errorOut) const
     {
         if (pipeline->enforceAudioIsolation())
@@ -98,8 +91,7 @@ bool DskDeck::Impl::replacePipeline(QString *errorOut)
         resetFields();
         return true;
     }
-    pruneStops();
-    if (static_cast<int>(retiredStops.size()) > options.timings.maxUnconfirmedStops) {
+    if (!retired.hasRoom(options.timings.maxUnconfirmedStops)) {
         if (errorOut)
             *errorOut = text(dsk_text::kStillStopping.english);
         return false;
@@ -116,20 +108,8 @@ bool DskDeck::Impl::replacePipeline(QString *errorOut)
 
     std::shared_ptr<DskPipeline> old = std::exchange(pipeline, fresh);
     old->busCallbacks->clear();
-    std::shared_ptr<AsyncFilePreparation> oldPreparation = std::exchange(preparation, nullptr);
-    AsyncPipelineStop::Steps steps = retirementSteps(oldPreparation, old);
-    const QString retainWarning = text(dsk_text::kUnsafeRelease);
-    std::shared_ptr<AsyncPipelineStop> stop = AsyncPipelineStop::start(
-        old->playbin, std::move(steps), retainWarning, options.timings.nullConfirmation);
-    if (stop) {
-        retiredStops.push_back(std::move(stop));
-    } else {
-        qCWarning(lcPlayout()).noquote() << dsk_text::kStopWorker;
-        qCWarning(lcPlayout()).noquote() << retainWarning;
-        retainForProcess(old, QStringLiteral("dsk"));
-        if (oldPreparation)
-            retainForProcess(oldPreparation);
-    }
+    retired.retire(old, std::exchange(preparation, nullptr), text(dsk_text::kUnsafeRelease),
+                   options.timings.nullConfirmation, QStringLiteral("dsk"), dsk_text::kStopWorker);
     resetFields();
     if (options.pipelineReplaced)
         options.pipelineReplaced(pipeline->playbin, pipeline->appsink);
@@ -197,13 +177,7 @@ void DskDeck::Impl::pumpBus()
     // While a worker prepares the deck only the worker reads its bus.
     if (pendingRequest || (preparation && !preparation->isFinished()))
         return;
-    for (int count = 0; count < kMessagesPerPoll; ++count) {
-        GstMessage *message = gst_bus_pop(pipeline->bus);
-        if (!message)
-            return;
-        handleMessage(message);
-        gst_message_unref(message);
-    }
+    popBusMessages(pipeline->bus, kMessagesPerPoll, [this](GstMessage *message) { handleMessage(message); });
 }
 
 void DskDeck::Impl::handleMessage(GstMessage *message)
@@ -370,28 +344,12 @@ GstElement *DskDeck::playbin() const { return d->pipeline ? d->pipeline->playbin
 GstElement *DskDeck::appsink() const { return d->pipeline ? d->pipeline->appsink : nullptr; }
 GstElement *DskDeck::audioDiscard() const { return d->pipeline ? d->pipeline->audioDiscard : nullptr; }
 
-int DskDeck::pendingStopCount() const
-{
-    return static_cast<int>(std::count_if(d->retiredStops.begin(), d->retiredStops.end(),
-                                          [](const std::shared_ptr<AsyncPipelineStop> &stop) {
-                                              return !(stop->isFinished() && stop->isConfirmed());
-                                          }));
-}
+int DskDeck::pendingStopCount() const { return d->retired.pendingCount(); }
 
 bool DskDeck::shutdown()
 {
-    if (!d->pipeline)
-        return true;
-    d->pipeline->busCallbacks->clear();
-    if (d->preparation) {
-        d->preparation->cancel();
-        if (!d->preparation->waitFinished(d->options.timings.preparationDeadline))
-            return false;
-    }
-    const bool confirmed =
-        stopPipeline(d->pipeline->playbin, text(dsk_text::kPlaybinLabel), d->options.timings.nullConfirmation);
-    d->pipeline->shutdownConfirmed.store(confirmed, std::memory_order_release);
-    return confirmed;
+    return !d->pipeline
+           || shutdownSingleItemPipeline(*d->pipeline, d->preparation, text(dsk_text::kPlaybinLabel), d->options.timings);
 }
 
 } // namespace tarnix

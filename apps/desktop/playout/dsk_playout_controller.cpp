@@ -17,12 +17,6 @@ namespace tarnix {
 
 namespace {
 
-// Every fade or change-over length is held to this range before use.
-qint64 clampFade(qint64 ms)
-{
-    return std::clamp<qint64>(ms, 100, 60000);
-}
-
 DeckSource sourceOf(const ProgramTarget &target)
 {
     DeckSource source;
@@ -238,9 +232,9 @@ bool Impl::show()
     level = startLevel;
     fade.stop();
     if (settings.fadeIn.enabled)
-        startFade(0.0, 1.0, clampFade(settings.fadeIn.durationMs));
+        startFade(0.0, 1.0, clampFadeMs(settings.fadeIn.durationMs));
     if (crossfade)
-        transition.start(0.0, 1.0, clampFade(outgoing->settings.endCrossfade.durationMs), now());
+        transition.start(0.0, 1.0, clampFadeMs(outgoing->settings.endCrossfade.durationMs), now());
     ensureAnimating();
     kind = DskPanelState::Active;
     errorText.clear();
@@ -406,7 +400,7 @@ bool DskPlayoutController::hide()
     if (shownItem && shownItem->settings.fadeOut.enabled && d->level > 0.0) {
         d->ending = true;
         d->transition.stop();
-        d->startFade(d->level, 0.0, clampFade(shownItem->settings.fadeOut.durationMs));
+        d->startFade(d->level, 0.0, clampFadeMs(shownItem->settings.fadeOut.durationMs));
         d->showPanel();
         return true;
     }

@@ -4,6 +4,7 @@
 
 #include "playout/dsk_player.h"
 #include "playout/dsk_texts.h"
+#include "playout/fade_limits.h"
 #include "playout/linear_ramp.h"
 #include "playout/program_target.h"
 #include "playout/still_playback_clock.h"

@@ -3,6 +3,7 @@
 
 #include "playout/dsk_playout_controller_impl.h"
 
+#include "playlist/playlist_text.h"
 #include "shell/log_categories.h"
 
 #include <QSet>
@@ -10,32 +11,6 @@
 #include <algorithm>
 
 namespace tarnix {
-
-namespace {
-
-QString endModeName(PlaylistEndMode mode)
-{
-    switch (mode) {
-    case PlaylistEndMode::stop:
-        return QStringLiteral("stop");
-    case PlaylistEndMode::pause:
-        return QStringLiteral("pause");
-    case PlaylistEndMode::repeat:
-        return QStringLiteral("repeat");
-    case PlaylistEndMode::next:
-        return QStringLiteral("next");
-    case PlaylistEndMode::goto_:
-        return QStringLiteral("goto");
-    }
-    return QStringLiteral("unknown");
-}
-
-qint64 clampFade(qint64 ms)
-{
-    return std::clamp<qint64>(ms, 100, 60000);
-}
-
-} // namespace
 
 using Impl = DskPlayoutController::Impl;
 
@@ -65,7 +40,7 @@ void Impl::followTime()
     if (positionMs >= 0 && endMs > 0) {
         const qint64 remaining = std::max<qint64>(0, endMs - positionMs);
         if (shownItem->settings.fadeOut.enabled && !autoFadeStarted && level > 0.0
-            && remaining <= clampFade(shownItem->settings.fadeOut.durationMs)) {
+            && remaining <= clampFadeMs(shownItem->settings.fadeOut.durationMs)) {
             autoFadeStarted = true;
             startFade(level, 0.0, std::max<qint64>(1, remaining));
         }
@@ -99,7 +74,7 @@ void Impl::finishItem()
     const std::optional<PlaylistEndMode> mode = item.consumeEndMode();
     qCInfo(lcPlayout()).noquote() << QStringLiteral("AUTO DSK completion item=%1 endMode=%2")
                                          .arg(item.itemId())
-                                         .arg(mode ? endModeName(*mode) : QStringLiteral("none"));
+                                         .arg(mode ? toText(*mode) : QStringLiteral("none"));
     fade.stop();
     level = shownItem && shownItem->settings.fadeOut.enabled ? 0.0 : 1.0;
     player->setLevel(float(level));
@@ -134,7 +109,7 @@ void Impl::finishItem()
         }
         item.setRunning();
         if (shownItem && shownItem->settings.fadeIn.enabled)
-            startFade(0.0, 1.0, clampFade(shownItem->settings.fadeIn.durationMs));
+            startFade(0.0, 1.0, clampFadeMs(shownItem->settings.fadeIn.durationMs));
         break;
     case PlaylistEndMode::next:
     case PlaylistEndMode::goto_:

@@ -68,4 +68,15 @@ bool seekWithinRange(GstElement *playbin, qint64 ms, qint64 inMs, qint64 outMs)
                             hasOut ? outMs * GST_MSECOND : GST_CLOCK_TIME_NONE);
 }
 
+void popBusMessages(GstBus *bus, int limit, const std::function<void(GstMessage *)> &handle)
+{
+    for (int count = 0; bus && count < limit; ++count) {
+        GstMessage *message = gst_bus_pop(bus);
+        if (!message)
+            return;
+        handle(message);
+        gst_message_unref(message);
+    }
+}
+
 } // namespace tarnix

@@ -4,6 +4,8 @@
 
 #include <QtGlobal>
 
+#include <functional>
+
 namespace tarnix {
 
 // Small, non-blocking operations on a single-item playbin, shared by the
@@ -24,5 +26,8 @@ qint64 playbinDurationMs(GstElement *playbin);
 // An accurate flushing seek held to in..out (no out: at least in), with the
 // out point as the stop position when there is one.
 bool seekWithinRange(GstElement *playbin, qint64 ms, qint64 inMs, qint64 outMs);
+// Hands up to limit pending messages of the bus to the handler, without
+// waiting; only the thread that owns the bus may call it.
+void popBusMessages(GstBus *bus, int limit, const std::function<void(GstMessage *)> &handle);
 
 } // namespace tarnix

@@ -17,11 +17,6 @@
 
 namespace tarnix {
 
-qint64 clampFadeMs(qint64 ms)
-{
-    return std::clamp(ms, kMinFadeMs, kMaxFadeMs);
-}
-
 ProgramPlayoutController::Impl::Impl(ProgramPlayoutController *owner, std::unique_ptr<ProgramPlayer> programPlayer,
                                      PlaylistModel *playlistModel, ItemSelection *itemSelection, UserInfoCenter *info,
                                      ProgramPlayoutOptions opts)

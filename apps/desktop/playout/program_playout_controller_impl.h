@@ -1,5 +1,6 @@
 #pragma once
 
+#include "playout/fade_limits.h"
 #include "playout/linear_ramp.h"
 #include "playout/still_playback_clock.h"
 #include "playout/program_playout_controller.h"
@@ -14,15 +15,11 @@
 
 namespace tarnix {
 
-// Every fade or crossfade length is held to this range before use.
-constexpr qint64 kMinFadeMs = 100;
-constexpr qint64 kMaxFadeMs = 60000;
 // Ticks for which a stale position after a seek is hidden.
 constexpr int kSeekHoldTicks = 20;
 // A reported position this close to the sought one ends the hold.
 constexpr qint64 kSeekHoldToleranceMs = 1000;
 
-qint64 clampFadeMs(qint64 ms);
 
 // A macro's prepare or take waiting for the standby.
 struct MacroPrepareRequest {

@@ -4,33 +4,13 @@
 #include "playout/program_playout_controller_impl.h"
 #include "playout/program_playout_texts.h"
 
+#include "playlist/playlist_text.h"
 #include "shell/log_categories.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace tarnix {
-
-namespace {
-
-QString endModeName(PlaylistEndMode mode)
-{
-    switch (mode) {
-    case PlaylistEndMode::stop:
-        return QStringLiteral("stop");
-    case PlaylistEndMode::pause:
-        return QStringLiteral("pause");
-    case PlaylistEndMode::repeat:
-        return QStringLiteral("repeat");
-    case PlaylistEndMode::next:
-        return QStringLiteral("next");
-    case PlaylistEndMode::goto_:
-        return QStringLiteral("goto");
-    }
-    return QStringLiteral("unknown");
-}
-
-} // namespace
 
 using Impl = ProgramPlayoutController::Impl;
 
@@ -172,7 +152,7 @@ bool Impl::runSuccession()
     const ProgramTarget target = *automatic.target;
     qCInfo(lcPlayout).noquote() << QStringLiteral("AUTO PROGRAM transition target=%1 mode=%2 crossfade=%3 durationMs=%4")
                                        .arg(target.itemId)
-                                       .arg(endModeName(mode))
+                                       .arg(toText(mode))
                                        .arg(crossfade ? QStringLiteral("true") : QStringLiteral("false"))
                                        .arg(durationMs);
     if (!q->takeTarget(target, crossfade, durationMs)) {
@@ -297,7 +277,7 @@ void Impl::finishItem(qint64 endMs)
     const std::optional<PlaylistEndMode> mode = programState.consumeEndMode();
     qCInfo(lcPlayout).noquote() << QStringLiteral("AUTO PROGRAM completion item=%1 endMode=%2 positionMs=%3")
                                        .arg(itemId)
-                                       .arg(mode ? endModeName(*mode) : QStringLiteral("none"))
+                                       .arg(mode ? toText(*mode) : QStringLiteral("none"))
                                        .arg(endMs);
     if (!mode) {
         holdAtEnd(endMs);

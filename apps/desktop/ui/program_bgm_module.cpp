@@ -3,6 +3,7 @@
 #include "control/controller_operations.h"
 #include "playout/bgm_panel_view.h"
 #include "ui/audio_fader_widget.h"
+#include "ui/style_property.h"
 #include "ui/ui_text.h"
 
 #include <QDoubleSpinBox>
@@ -20,16 +21,8 @@ namespace tarnix {
 namespace {
 
 using Ops = ControllerOperations;
+using ui::setStyleProperty;
 using ui::text;
-
-void setStyleProperty(QWidget *widget, const char *name, bool value)
-{
-    if (widget->property(name).isValid() && widget->property(name).toBool() == value)
-        return;
-    widget->setProperty(name, value);
-    widget->style()->unpolish(widget);
-    widget->style()->polish(widget);
-}
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "ui/program_dsk_buttons.h"
 
+#include "ui/style_property.h"
 #include "ui/ui_text.h"
 
 #include <QPushButton>
@@ -9,18 +10,8 @@ namespace tarnix {
 
 namespace {
 
+using ui::setStyleProperty;
 using ui::text;
-
-// A dynamic property the skins select on; the style is re-polished only
-// when it changes.
-void setStyleProperty(QWidget *widget, const char *name, const QVariant &value)
-{
-    if (widget->property(name) == value)
-        return;
-    widget->setProperty(name, value);
-    widget->style()->unpolish(widget);
-    widget->style()->polish(widget);
-}
 
 const char *kindName(DskPanelState::Kind kind)
 {

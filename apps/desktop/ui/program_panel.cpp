@@ -2,6 +2,7 @@
 #include "ui/program_panel_impl.h"
 
 #include "shell/localized_text.h"
+#include "ui/style_property.h"
 #include "ui/ui_text.h"
 #include "ui/audio_delay_control.h"
 #include "ui/audio_fader_widget.h"
@@ -36,6 +37,7 @@ using Ops = ControllerOperations;
 
 constexpr double kRates[] = {0.5, 0.75, 1.0, 1.25, 1.5, 2.0, 3.0};
 
+using ui::setStyleProperty;
 using ui::text;
 
 QFrame *module(QWidget *parent, const char *objectName)
@@ -51,17 +53,6 @@ QLabel *moduleTitle(QWidget *parent)
     auto *title = new QLabel(parent);
     title->setObjectName(QStringLiteral("programControlModuleTitle"));
     return title;
-}
-
-// A dynamic property the skins select on; the style sees a change only
-// after a repolish, which is done only when the value really changes.
-void setStyleProperty(QWidget *widget, const char *name, const QVariant &value)
-{
-    if (widget->property(name) == value)
-        return;
-    widget->setProperty(name, value);
-    widget->style()->unpolish(widget);
-    widget->style()->polish(widget);
 }
 
 void setTextIfChanged(QLabel *label, const QString &value)
