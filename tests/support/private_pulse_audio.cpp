@@ -1,6 +1,7 @@
 #include "support/private_pulse_audio.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QProcessEnvironment>
 #include <QThread>
 
@@ -39,13 +40,23 @@ bool PrivatePulseAudio::start(QString *error)
         *error = QStringLiteral("no temporary directory");
         return false;
     }
+    if (!launch(error))
+        return false;
+    m_hadPreviousServer = qEnvironmentVariableIsSet("PULSE_SERVER");
+    m_previousServer = qgetenv("PULSE_SERVER");
+    qputenv("PULSE_SERVER", serverAddress().toUtf8());
+    return true;
+}
+
+bool PrivatePulseAudio::launch(QString *error)
+{
     const QString dir = m_directory->path();
     const QString sinkOptions = QStringLiteral("rate=48000 format=float32le channels=2");
     m_daemon = std::make_unique<QProcess>();
     m_daemon->setProcessEnvironment(daemonEnvironment(dir));
     m_daemon->setWorkingDirectory(dir);
-    m_daemon->setStandardOutputFile(dir + QStringLiteral("/daemon.log"));
-    m_daemon->setStandardErrorFile(dir + QStringLiteral("/daemon.log"));
+    m_daemon->setStandardOutputFile(dir + QStringLiteral("/daemon.log"), QIODevice::Append);
+    m_daemon->setStandardErrorFile(dir + QStringLiteral("/daemon.log"), QIODevice::Append);
     // The daemon goes with the test process even if the test crashes.
     m_daemon->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
     m_daemon->start(
@@ -60,10 +71,6 @@ bool PrivatePulseAudio::start(QString *error)
         *error = QStringLiteral("pulseaudio did not start: %1").arg(m_daemon->errorString());
         return false;
     }
-    m_hadPreviousServer = qEnvironmentVariableIsSet("PULSE_SERVER");
-    m_previousServer = qgetenv("PULSE_SERVER");
-    qputenv("PULSE_SERVER", serverAddress().toUtf8());
-
     const QDeadlineTimer deadline(10000);
     while (!deadline.hasExpired()) {
         if (m_daemon->state() != QProcess::Running)
@@ -75,6 +82,20 @@ bool PrivatePulseAudio::start(QString *error)
     *error = QStringLiteral("pulseaudio did not answer on %1").arg(serverAddress());
     stop();
     return false;
+}
+
+bool PrivatePulseAudio::restart(QString *error)
+{
+    if (!m_daemon || !m_directory) {
+        *error = QStringLiteral("no daemon to restart");
+        return false;
+    }
+    m_daemon->kill();
+    m_daemon->waitForFinished(5000);
+    m_daemon.reset();
+    // The old socket file stays behind a killed daemon.
+    QFile::remove(m_directory->path() + QStringLiteral("/native"));
+    return launch(error);
 }
 
 void PrivatePulseAudio::stop()
@@ -134,6 +155,14 @@ bool PrivatePulseAudio::unloadSink(const QString &sinkName)
             return !pactl({QStringLiteral("unload-module"), fields.at(0)}).isNull();
     }
     return false;
+}
+
+bool PrivatePulseAudio::loadSink(const QString &sinkName)
+{
+    return !pactl({QStringLiteral("load-module"), QStringLiteral("module-null-sink"),
+                   QStringLiteral("sink_name=%1").arg(sinkName), QStringLiteral("rate=48000"),
+                   QStringLiteral("format=float32le"), QStringLiteral("channels=2")})
+                .isNull();
 }
 
 } // namespace tarnix::test

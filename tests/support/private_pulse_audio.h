@@ -35,8 +35,15 @@ public:
     bool resume();
     // Unloads the module of the null sink with this name; false if none.
     bool unloadSink(const QString &sinkName);
+    // Loads a null sink of this name again, as the daemon started them.
+    bool loadSink(const QString &sinkName);
+    // Kills the daemon outright (SIGKILL) and starts a new one at the same
+    // address with the same sinks; false with the reason.
+    bool restart(QString *error);
 
 private:
+    bool launch(QString *error);
+
     std::unique_ptr<QTemporaryDir> m_directory;
     std::unique_ptr<QProcess> m_daemon;
     QByteArray m_previousServer;

@@ -106,6 +106,8 @@ struct ProgramAudioOutput::Impl {
     std::shared_ptr<ProgramAudioTapState> tapState = std::make_shared<ProgramAudioTapState>();
     bool latencyRecalcPending = false;
     bool deviceFailed = false;
+    // When the output last failed, for the retry.
+    std::chrono::steady_clock::time_point failedAt;
     bool outputRunning = false;
     bool released = false;
     bool nullConfirmed = false;
@@ -368,17 +370,29 @@ void ProgramAudioOutput::serviceDeviceChange(bool canApply)
             return;
         // What the worker's attempt posted is over and done with.
         d->drainBus();
-        if (d->deviceChange->success)
+        if (d->deviceChange->success) {
             d->activeDevice = d->deviceChange->device;
-        else
+        } else {
             d->deviceFailed = true;
+            d->failedAt = std::chrono::steady_clock::now();
+        }
         d->outputRunning = d->deviceChange->running;
         d->deviceChange.reset();
         if (d->latencyRecalcPending)
             updateLatency();
     }
-    if (d->released || d->deviceFailed || !d->pipeline)
+    if (d->released || !d->pipeline)
         return;
+    if (d->deviceFailed) {
+        // A refused device whose predecessor was brought back keeps playing
+        // there. An output that plays nowhere is opened again, only where a
+        // change may be applied and not at every poll while the device
+        // stays away.
+        if (d->outputRunning || !canApply
+            || std::chrono::steady_clock::now() - d->failedAt < d->timings.failedRetry)
+            return;
+        d->deviceFailed = false;
+    }
     if (d->outputRunning && d->requestedDevice == d->activeDevice)
         return;
     if (!canApply)
@@ -386,13 +400,13 @@ void ProgramAudioOutput::serviceDeviceChange(bool canApply)
 
     GstElement *sink = d->element("program-audio-output");
     if (!sink) {
-        d->deviceFailed = true;
+        markFailed();
         return;
     }
     const bool hasDevice = hasProperty(sink, "device");
     if (!hasDevice && !d->requestedDevice.isEmpty()) {
         gst_object_unref(sink);
-        d->deviceFailed = true;
+        markFailed();
         return;
     }
 
@@ -425,7 +439,11 @@ void ProgramAudioOutput::setRequestedDevice(const QString &deviceId)
 
 void ProgramAudioOutput::markFailed()
 {
+    if (!d->deviceFailed)
+        d->failedAt = std::chrono::steady_clock::now();
     d->deviceFailed = true;
+    // Whatever state the pipeline reads, its sound goes nowhere now.
+    d->outputRunning = false;
 }
 
 QString ProgramAudioOutput::requestedDevice() const
