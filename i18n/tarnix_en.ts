@@ -1963,5 +1963,29 @@ Drag up or down to adjust</translation>
         <source>BGM</source>
         <translation>BGM</translation>
     </message>
+    <message id="menu.file.export_settings">
+        <source>Export Settings...</source>
+        <translation>Export Settings...</translation>
+    </message>
+    <message id="menu.file.import_settings">
+        <source>Import Settings...</source>
+        <translation>Import Settings...</translation>
+    </message>
+    <message id="settings.manage.filter">
+        <source>TARNIX Settings (*.json)</source>
+        <translation>TARNIX Settings (*.json)</translation>
+    </message>
+    <message id="settings.export.succeeded">
+        <source>Settings exported.</source>
+        <translation>Settings exported.</translation>
+    </message>
+    <message id="settings.import.succeeded">
+        <source>Settings restored and saved.</source>
+        <translation>Settings restored and saved.</translation>
+    </message>
+    <message id="settings.manage.failed">
+        <source>Could not save or restore settings. Check the file format and write permissions.</source>
+        <translation>Could not save or restore settings. Check the file format and write permissions.</translation>
+    </message>
 </context>
 </TS>

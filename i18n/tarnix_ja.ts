@@ -1963,5 +1963,29 @@ Drag up or down to adjust</source>
         <source>BGM</source>
         <translation>BGM</translation>
     </message>
+    <message id="menu.file.export_settings">
+        <source>Export Settings...</source>
+        <translation>設定を書き出す...</translation>
+    </message>
+    <message id="menu.file.import_settings">
+        <source>Import Settings...</source>
+        <translation>設定を読み込む...</translation>
+    </message>
+    <message id="settings.manage.filter">
+        <source>TARNIX Settings (*.json)</source>
+        <translation>TARNIX 設定 (*.json)</translation>
+    </message>
+    <message id="settings.export.succeeded">
+        <source>Settings exported.</source>
+        <translation>設定を書き出しました。</translation>
+    </message>
+    <message id="settings.import.succeeded">
+        <source>Settings restored and saved.</source>
+        <translation>設定を復元して保存しました。</translation>
+    </message>
+    <message id="settings.manage.failed">
+        <source>Could not save or restore settings. Check the file format and write permissions.</source>
+        <translation>設定を保存または復元できませんでした。ファイルの形式と書き込み権限を確認してください。</translation>
+    </message>
 </context>
 </TS>

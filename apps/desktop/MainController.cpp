@@ -24,6 +24,7 @@
 #include "shell/health_monitor.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
+#include "shell/settings_transfer.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
 #include "ui/controller_shortcuts.h"
@@ -82,6 +83,7 @@ MainController::MainController(QWidget *programVideoWindow, QWidget *controllerW
     d->backgroundIoQueue = std::make_unique<BackgroundIoQueue>();
     d->transfer = std::make_unique<PlaylistTransfer>(d->model.get(), d->backgroundIoQueue.get(),
                                                     d->userInfoCenter.get(), d->options.previousSessionPath);
+    d->createSettingsTransfer();
     d->createEditSide();
 
     d->buildControllerWindow();
@@ -312,6 +314,7 @@ void MainController::shutdown()
     d->thumbnailer->shutdown();
     d->transfer->close();
     d->transfer->savePreviousSession();
+    d->settingsTransfer->close();
     if (d->programPlayout)
         d->programPlayout->shutdown();
     if (d->editSession)
@@ -341,6 +344,7 @@ void MainController::shutdown()
 
     // The rest, in reverse order of construction.
     d->transfer.reset();
+    d->settingsTransfer.reset();
     if (!d->backgroundIoQueue->isIdle()) {
         // A job still writes (a disk that hangs): its worker owns what it
         // touches; the queue is kept rather than waited for.

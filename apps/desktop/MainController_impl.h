@@ -19,6 +19,7 @@
 class QAction;
 class QDialog;
 class QFileDialog;
+class QJsonObject;
 class QMenu;
 class QMenuBar;
 class QWidget;
@@ -45,6 +46,7 @@ class ProgramPanel;
 class ViewMenuController;
 class PlaylistThumbnailStore;
 class SelectionHolder;
+class SettingsTransfer;
 class UserInfoBar;
 
 // The members of MainController, in the order they are built. Widgets
@@ -120,6 +122,7 @@ struct MainController::Impl {
     // File work.
     std::unique_ptr<BackgroundIoQueue> backgroundIoQueue;
     std::unique_ptr<PlaylistTransfer> transfer;
+    std::unique_ptr<SettingsTransfer> settingsTransfer;
 
     // Menu bar and message bar of the controller window.
     QPointer<QMenuBar> menuBar;
@@ -133,6 +136,8 @@ struct MainController::Impl {
     QPointer<QAction> exportPlaylistAction;
     QPointer<QAction> importPlaylistAction;
     QPointer<QAction> restorePreviousSessionAction;
+    QPointer<QAction> exportSettingsAction;
+    QPointer<QAction> importSettingsAction;
     QPointer<QAction> audioOutputsAction;
     QPointer<QAction> exitAction;
     QPointer<QDialog> audioOutputDialog;
@@ -203,6 +208,12 @@ struct MainController::Impl {
     void answerDisplayTime(bool accepted, qint64 durationMs, bool rememberForSession);
     void reportMediaFailures(const QStringList &lines);
     void writeSettingInBackground(const QString &key, const QString &value);
+
+    // MainController_settings.cpp
+    void createSettingsTransfer();
+    void exportSettingsFromDialog();
+    void importSettingsFromDialog();
+    void applyRestoredSettings(const QJsonObject &settings);
 
     // MainController_session.cpp
     void bindControlCommands();

@@ -144,7 +144,10 @@ void MainController::Impl::buildControllerWindow()
     importPlaylistAction = addFileAction("importPlaylistAction", [this] { importPlaylistFromDialog(); });
     restorePreviousSessionAction =
         addFileAction("restorePreviousSessionAction", [this] { transfer->restorePreviousSession(); });
-    // The settings entries join here with the settings dialog.
+    fileMenu->addSeparator();
+    exportSettingsAction = addFileAction("exportSettingsAction", [this] { exportSettingsFromDialog(); });
+    importSettingsAction = addFileAction("importSettingsAction", [this] { importSettingsFromDialog(); });
+    // The settings window's entry joins here with the window.
     fileMenu->addSeparator();
     audioOutputsAction = addFileAction("audioOutputsAction", [this] { openAudioOutputs(); });
     fileMenu->addSeparator();
@@ -273,6 +276,10 @@ void MainController::Impl::retranslateMenus()
         importPlaylistAction->setText(localized("menu.file.import_playlist"));
     if (restorePreviousSessionAction)
         restorePreviousSessionAction->setText(localized("menu.file.restore_previous_session"));
+    if (exportSettingsAction)
+        exportSettingsAction->setText(localized("menu.file.export_settings"));
+    if (importSettingsAction)
+        importSettingsAction->setText(localized("menu.file.import_settings"));
     if (audioOutputsAction)
         audioOutputsAction->setText(localized("menu.file.audio_outputs"));
     if (exitAction)

@@ -133,7 +133,7 @@ private slots:
         QVERIFY(bar);
         QVERIFY(rig.controllerWindow->findChild<QWidget *>("userInfoBar"));
         QMenu *file = bar->findChild<QMenu *>("fileMenu");
-        QCOMPARE(file->actions().size(), 9);  // six entries and three separators
+        QCOMPARE(file->actions().size(), 12);  // eight entries and four separators
         QCOMPARE(file->findChild<QAction *>("audioOutputsAction")->text(), QStringLiteral("Audio Outputs\u2026"));
         QCOMPARE(file->actions().first()->objectName(), QStringLiteral("addFilesAction"));
         QCOMPARE(file->actions().first()->text(), QStringLiteral("Add Files..."));
