@@ -25,6 +25,14 @@
 
 using namespace tarnix::test;
 
+// A check whose failure leaves the application's log where it can be read;
+// the log is written only then.
+#define VERIFY_OR_LOG(condition, show)                                                                                 \
+    do {                                                                                                               \
+        if (!(condition))                                                                                              \
+            QFAIL(qPrintable(QStringLiteral(#condition " failed; ") + tail(show)));                                    \
+    } while (false)
+
 namespace {
 
 // Renders per 5 s of a healthy program at 60 frames a second, less a frame
@@ -258,7 +266,7 @@ private slots:
     {
         Show show;
         const QString first = copy(show, m_short, "a.mp4");
-        QVERIFY(showOnAir(show, first, copy(show, m_long, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, first, copy(show, m_long, "b.mp4")), show);
         QElapsedTimer since;
         since.start();
         QVERIFY(QFile::remove(first));
@@ -294,7 +302,7 @@ private slots:
             file.write(noise);
         }
         file.close();
-        QVERIFY(showOnAir(show, first, copy(show, m_short, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, first, copy(show, m_short, "b.mp4")), show);
         // Into the damage: the middle of the 20 s clip.
         invoked(show.app, action("ProgramSeek", R"({"int64":"8000"})"));
         QElapsedTimer since;
@@ -316,7 +324,7 @@ private slots:
     void zeroByteFile()
     {
         Show show;
-        QVERIFY(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")), show);
         const QString empty = show.files.filePath("empty.mp4");
         QFile(empty).open(QIODevice::WriteOnly);
         QElapsedTimer since;
@@ -351,19 +359,18 @@ private slots:
     {
         Show show;
         const QString next = copy(show, m_long, "b.mp4");
-        QVERIFY(showOnAir(show, copy(show, m_short, "a.mp4"), next));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_short, "a.mp4"), next), show);
         const QString fifo = show.files.filePath("fifo");
         QCOMPARE(::mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
         QCOMPARE(::rename(QFile::encodeName(fifo).constData(), QFile::encodeName(next).constData()), 0);
         QElapsedTimer since;
         since.start();
-        QVERIFY2(QTest::qWaitFor([&] { return items(show.app).at(1).toObject().value("status") == "offline"; }, 20000),
-                 qPrintable(tail(show)));
+        VERIFY_OR_LOG(QTest::qWaitFor([&] { return items(show.app).at(1).toObject().value("status") == "offline"; }, 20000), show);
         const qint64 marked = since.elapsed();
         // Selected, it does not load into EDIT, and the take refuses it.
         invoked(show.app, action("SelectItem", itemArg(2)));
         const QString notFound = QStringLiteral("The file to load into EDIT could not be found.");
-        QVERIFY2(QTest::qWaitFor([&] { return show.app.logContains(notFound); }, 5000), qPrintable(tail(show)));
+        VERIFY_OR_LOG(QTest::qWaitFor([&] { return show.app.logContains(notFound); }, 5000), show);
         QCOMPARE(show.app.ctl({action("TakeSelectedOnAir")}).object().value("status").toString(),
                  QStringLiteral("Rejected"));
         QStringList told = newNotices(show);
@@ -382,15 +389,13 @@ private slots:
     {
         Show show;
         const QString next = copy(show, m_long, "gone/b.mp4");
-        QVERIFY(showOnAir(show, copy(show, m_short, "a.mp4"), next));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_short, "a.mp4"), next), show);
         QVERIFY(QDir(QFileInfo(next).path()).removeRecursively());
         QElapsedTimer since;
         since.start();
-        QVERIFY2(QTest::qWaitFor([&] { return items(show.app).at(1).toObject().value("status") == "offline"; }, 20000),
-                 qPrintable(tail(show)));
+        VERIFY_OR_LOG(QTest::qWaitFor([&] { return items(show.app).at(1).toObject().value("status") == "offline"; }, 20000), show);
         const qint64 marked = since.elapsed();
-        QVERIFY2(QTest::qWaitFor([&] { return show.app.logContains("AUTO PROGRAM transition target=1"); }, 20000),
-                 qPrintable(tail(show)));
+        VERIFY_OR_LOG(QTest::qWaitFor([&] { return show.app.logContains("AUTO PROGRAM transition target=1"); }, 20000), show);
         QStringList told = newNotices(show);
         told.prepend(QStringLiteral("item 2 marked offline"));
         report("next item's folder removed", marked, told);
@@ -403,7 +408,7 @@ private slots:
     void programSinkUnloadedAndLoaded()
     {
         Show show;
-        QVERIFY(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")), show);
         QElapsedTimer since;
         since.start();
         QVERIFY(m_pulse.unloadSink("onair"));
@@ -420,7 +425,7 @@ private slots:
     void soundServerKilledAndRestarted()
     {
         Show show;
-        QVERIFY(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")), show);
         QElapsedTimer since;
         since.start();
         QString error;
@@ -432,7 +437,7 @@ private slots:
         QElapsedTimer offAir;
         offAir.start();
         QVERIFY(QTest::qWaitFor([&] { return show.app.state().value("onAirItemId").isNull(); }, 10000));
-        QVERIFY2(takeAndPlay(show.app, 1), qPrintable(tail(show)));
+        VERIFY_OR_LOG(takeAndPlay(show.app, 1), show);
         // The sound is back on the program sink: a stream plays into it.
         QVERIFY(QTest::qWaitFor(
             [&] { return m_pulse.pactl({"list", "short", "sink-inputs"}).trimmed().size() > 0; }, 15000));
@@ -447,7 +452,7 @@ private slots:
     void applicationStoppedAndContinued()
     {
         Show show;
-        QVERIFY(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")));
+        VERIFY_OR_LOG(showOnAir(show, copy(show, m_long, "a.mp4"), copy(show, m_short, "b.mp4")), show);
         const pid_t pid = pid_t(show.app.processId());
         QCOMPARE(::kill(pid, SIGSTOP), 0);
         QTest::qWait(2000);
