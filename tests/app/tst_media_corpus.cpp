@@ -142,9 +142,18 @@ private slots:
                          20000),
                      qPrintable(name + " did not go ON AIR"));
             if (type != "stillImage") {
-                // Items start paused at their In point; play them.
-                if (app.state().value("programPlaying") != true)
-                    (void)app.ctl({"ProgramTogglePlayback"});
+                // Items start paused at their In point; play them. A play
+                // pressed while the take still settles is refused: press
+                // again, as the operator would.
+                QVERIFY2(QTest::qWaitFor(
+                             [&] {
+                                 if (app.state().value("programPlaying") != true)
+                                     (void)app.ctl({"ProgramPlay"});
+                                 return QTest::qWaitFor(
+                                     [&] { return app.state().value("programPlaying") == true; }, 1000);
+                             },
+                             10000),
+                         qPrintable(name + " does not play"));
                 const qint64 first = stateField(app, "positionMs");
                 QVERIFY2(QTest::qWaitFor([&] { return stateField(app, "positionMs") > first + 200; }, 10000),
                          qPrintable(name + ": the position does not advance"));

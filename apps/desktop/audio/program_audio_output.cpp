@@ -446,6 +446,11 @@ void ProgramAudioOutput::markFailed()
     d->outputRunning = false;
 }
 
+bool ProgramAudioOutput::hasFailed() const
+{
+    return d->deviceFailed;
+}
+
 QString ProgramAudioOutput::requestedDevice() const
 {
     return d->requestedDevice;

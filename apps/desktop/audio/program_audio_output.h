@@ -57,6 +57,9 @@ public:
     void serviceDeviceChange(bool canApply);
     void setRequestedDevice(const QString &deviceId);
     void markFailed();
+    // Marked failed (by an error or a refused device) and not yet played
+    // again.
+    bool hasFailed() const;
     QString requestedDevice() const;
     QString activeDevice() const;
     bool isRunning() const;

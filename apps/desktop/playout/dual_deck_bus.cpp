@@ -107,15 +107,24 @@ void DualDeckPlayer::Impl::handleMessage(GstMessage *message, int deckIndex)
         gst_message_parse_error(message, &error, &debug);
         const QString errorText = error && error->message ? QString::fromUtf8(error->message)
                                                           : QString();
-        qCWarning(lcPlayout()).noquote()
-            << "GST_BUS"
-            << (errorText.isEmpty() ? QString::fromUtf8(dual_deck_text::kUnknownError) : errorText)
-            << QString::fromUtf8(debug ? debug : "");
+        // A dead program output says so with every buffer it is given; it
+        // is logged and told once, until it plays again.
+        const bool repeated =
+            deckIndex == kProgramAudioEventDeck && engine->audio->hasFailed() && !engine->audio->isRunning();
+        if (repeated)
+            qCDebug(lcPlayout()).noquote() << "GST_BUS" << errorText;
+        else
+            qCWarning(lcPlayout()).noquote()
+                << "GST_BUS"
+                << (errorText.isEmpty() ? QString::fromUtf8(dual_deck_text::kUnknownError) : errorText)
+                << QString::fromUtf8(debug ? debug : "");
         const bool offline = error && isOfflineError(error);
         g_clear_error(&error);
         g_free(debug);
 
         if (deckIndex == kProgramAudioEventDeck) {
+            if (repeated)
+                return;
             engine->audio->markFailed();
             recordEvent(Error, errorText, kProgramAudioEventDeck);
             return;
