@@ -1987,5 +1987,397 @@ Drag up or down to adjust</translation>
         <source>Could not save or restore settings. Check the file format and write permissions.</source>
         <translation>Could not save or restore settings. Check the file format and write permissions.</translation>
     </message>
+    <message id="menu.file.settings">
+        <source>Settings…</source>
+        <translation>Settings…</translation>
+    </message>
+    <message id="settings.window.title">
+        <source>Settings</source>
+        <translation>Settings</translation>
+    </message>
+    <message id="settings.window.refused">
+        <source>Not saved: %1</source>
+        <translation>Not saved: %1</translation>
+    </message>
+    <message id="settings.window.save_failed">
+        <source>Could not save the setting: %1</source>
+        <translation>Could not save the setting: %1</translation>
+    </message>
+    <message id="settings.page.general">
+        <source>General</source>
+        <translation>General</translation>
+    </message>
+    <message id="settings.page.on_air">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
+    <message id="settings.page.audio">
+        <source>Audio</source>
+        <translation>Audio</translation>
+    </message>
+    <message id="settings.page.playlist">
+        <source>Playlist</source>
+        <translation>Playlist</translation>
+    </message>
+    <message id="settings.page.files">
+        <source>Files</source>
+        <translation>Files</translation>
+    </message>
+    <message id="settings.page.outputs">
+        <source>Outputs</source>
+        <translation>Outputs</translation>
+    </message>
+    <message id="settings.page.shortcuts">
+        <source>Shortcuts</source>
+        <translation>Shortcuts</translation>
+    </message>
+    <message id="settings.page.control">
+        <source>Control</source>
+        <translation>Control</translation>
+    </message>
+    <message id="settings.general.language">
+        <source>Language</source>
+        <translation>Language</translation>
+    </message>
+    <message id="settings.general.skin">
+        <source>Controller skin</source>
+        <translation>Controller skin</translation>
+    </message>
+    <message id="settings.general.text_size">
+        <source>Text size</source>
+        <translation>Text size</translation>
+    </message>
+    <message id="settings.general.text_size.standard">
+        <source>Standard</source>
+        <translation>Standard</translation>
+    </message>
+    <message id="settings.general.text_size.large">
+        <source>Large</source>
+        <translation>Large</translation>
+    </message>
+    <message id="settings.general.text_size.largest">
+        <source>Largest</source>
+        <translation>Largest</translation>
+    </message>
+    <message id="settings.general.next_start_note">
+        <source>The skin and the text size take effect at the next start.</source>
+        <translation>The skin and the text size take effect at the next start.</translation>
+    </message>
+    <message id="settings.general.time_zone">
+        <source>Time zone</source>
+        <translation>Time zone</translation>
+    </message>
+    <message id="settings.general.remaining">
+        <source>Remaining time</source>
+        <translation>Remaining time</translation>
+    </message>
+    <message id="settings.general.remaining.item">
+        <source>Up to the end of the ON AIR item</source>
+        <translation>Up to the end of the ON AIR item</translation>
+    </message>
+    <message id="settings.general.remaining.total">
+        <source>Up to the Map Total arrival point</source>
+        <translation>Up to the Map Total arrival point</translation>
+    </message>
+    <message id="settings.on_air.retake">
+        <source>Allow the ON AIR item to be taken again</source>
+        <translation>Allow the ON AIR item to be taken again</translation>
+    </message>
+    <message id="settings.on_air.auto_select_next">
+        <source>Select the next item when an item leaves the air</source>
+        <translation>Select the next item when an item leaves the air</translation>
+    </message>
+    <message id="settings.on_air.lock_ftb">
+        <source>Lock the FTB button</source>
+        <translation>Lock the FTB button</translation>
+    </message>
+    <message id="settings.on_air.rate_controls">
+        <source>Show the playback rate controls</source>
+        <translation>Show the playback rate controls</translation>
+    </message>
+    <message id="settings.on_air.background">
+        <source>Background colour (#RRGGBB)</source>
+        <translation>Background colour (#RRGGBB)</translation>
+    </message>
+    <message id="settings.audio.bgm_controls">
+        <source>Show the BGM player controls</source>
+        <translation>Show the BGM player controls</translation>
+    </message>
+    <message id="settings.playlist.edit_activation">
+        <source>Load into EDIT</source>
+        <translation>Load into EDIT</translation>
+    </message>
+    <message id="settings.playlist.edit_activation.selection">
+        <source>When an item is selected</source>
+        <translation>When an item is selected</translation>
+    </message>
+    <message id="settings.playlist.edit_activation.button">
+        <source>When the EDIT button is pressed</source>
+        <translation>When the EDIT button is pressed</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails">
+        <source>Audio file thumbnails</source>
+        <translation>Audio file thumbnails</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails.waveform">
+        <source>Waveform</source>
+        <translation>Waveform</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails.album_art">
+        <source>Album art (waveform if unavailable)</source>
+        <translation>Album art (waveform if unavailable)</translation>
+    </message>
+    <message id="settings.files.still_capture">
+        <source>Folder for captured stills</source>
+        <translation>Folder for captured stills</translation>
+    </message>
+    <message id="settings.files.document_conversion">
+        <source>Folder for converted documents</source>
+        <translation>Folder for converted documents</translation>
+    </message>
+    <message id="settings.outputs.program_4k">
+        <source>Program output at 3840 x 2160</source>
+        <translation>Program output at 3840 x 2160</translation>
+    </message>
+    <message id="settings.outputs.software_decoding">
+        <source>Decode video in software only</source>
+        <translation>Decode video in software only</translation>
+    </message>
+    <message id="settings.outputs.next_start_note">
+        <source>The program output settings take effect at the next start.</source>
+        <translation>The program output settings take effect at the next start.</translation>
+    </message>
+    <message id="settings.control.socket_path">
+        <source>Control socket path</source>
+        <translation>Control socket path</translation>
+    </message>
+    <message id="settings.control.socket_path_note">
+        <source>Empty: no control socket. A change takes effect at the next start.</source>
+        <translation>Empty: no control socket. A change takes effect at the next start.</translation>
+    </message>
+    <message id="settings.shortcuts.action">
+        <source>Action</source>
+        <translation>Action</translation>
+    </message>
+    <message id="settings.shortcuts.key1">
+        <source>Key 1</source>
+        <translation>Key 1</translation>
+    </message>
+    <message id="settings.shortcuts.key2">
+        <source>Key 2</source>
+        <translation>Key 2</translation>
+    </message>
+    <message id="settings.shortcuts.save">
+        <source>Save</source>
+        <translation>Save</translation>
+    </message>
+    <message id="settings.shortcuts.defaults">
+        <source>Load Defaults</source>
+        <translation>Load Defaults</translation>
+    </message>
+    <message id="settings.shortcuts.saved">
+        <source>Shortcuts saved and applied.</source>
+        <translation>Shortcuts saved and applied.</translation>
+    </message>
+    <message id="settings.shortcuts.invalid">
+        <source>Duplicate, reserved or invalid key. Not saved: %1</source>
+        <translation>Duplicate, reserved or invalid key. Not saved: %1</translation>
+    </message>
+    <message id="settings.shortcuts.defaults_loaded">
+        <source>Defaults loaded. Save to apply.</source>
+        <translation>Defaults loaded. Save to apply.</translation>
+    </message>
+    <message id="settings.shortcuts.AddFile">
+        <source>Add files</source>
+        <translation>Add files</translation>
+    </message>
+    <message id="settings.shortcuts.Exit">
+        <source>Exit</source>
+        <translation>Exit</translation>
+    </message>
+    <message id="settings.shortcuts.TakeOnAir">
+        <source>Take ON AIR</source>
+        <translation>Take ON AIR</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleOnAirPlayback">
+        <source>Play / pause ON AIR</source>
+        <translation>Play / pause ON AIR</translation>
+    </message>
+    <message id="settings.shortcuts.LoadEdit">
+        <source>Load into EDIT</source>
+        <translation>Load into EDIT</translation>
+    </message>
+    <message id="settings.shortcuts.CopyItemState">
+        <source>Copy item state</source>
+        <translation>Copy item state</translation>
+    </message>
+    <message id="settings.shortcuts.PasteItemState">
+        <source>Paste item state</source>
+        <translation>Paste item state</translation>
+    </message>
+    <message id="settings.shortcuts.DocumentNext">
+        <source>Next document page</source>
+        <translation>Next document page</translation>
+    </message>
+    <message id="settings.shortcuts.DocumentPrevious">
+        <source>Previous document page</source>
+        <translation>Previous document page</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleFtb">
+        <source>Fade to black</source>
+        <translation>Fade to black</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleDsk">
+        <source>DSK on / off</source>
+        <translation>DSK on / off</translation>
+    </message>
+    <message id="settings.shortcuts.OffAir">
+        <source>OFF AIR</source>
+        <translation>OFF AIR</translation>
+    </message>
+    <message id="settings.shortcuts.MasterFadeIn">
+        <source>Master fade in</source>
+        <translation>Master fade in</translation>
+    </message>
+    <message id="settings.shortcuts.MasterFadeOut">
+        <source>Master fade out</source>
+        <translation>Master fade out</translation>
+    </message>
+    <message id="settings.shortcuts.ItemFadeIn">
+        <source>Item fade in</source>
+        <translation>Item fade in</translation>
+    </message>
+    <message id="settings.shortcuts.ItemFadeOut">
+        <source>Item fade out</source>
+        <translation>Item fade out</translation>
+    </message>
+    <message id="settings.shortcuts.BgmFadeIn">
+        <source>BGM fade in</source>
+        <translation>BGM fade in</translation>
+    </message>
+    <message id="settings.shortcuts.BgmFadeOut">
+        <source>BGM fade out</source>
+        <translation>BGM fade out</translation>
+    </message>
+    <message id="settings.shortcuts.SelectItem">
+        <source>Select item %1</source>
+        <translation>Select item %1</translation>
+    </message>
+    <message id="settings.shortcuts.ActivatePlaylist">
+        <source>Activate playlist %1</source>
+        <translation>Activate playlist %1</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistPlayOnce">
+        <source>Playlist: play once</source>
+        <translation>Playlist: play once</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistRepeatAll">
+        <source>Playlist: repeat all</source>
+        <translation>Playlist: repeat all</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistShuffle">
+        <source>Playlist: shuffle</source>
+        <translation>Playlist: shuffle</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistBgmMode">
+        <source>Playlist: BGM mode</source>
+        <translation>Playlist: BGM mode</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistStandardMode">
+        <source>Playlist: standard mode</source>
+        <translation>Playlist: standard mode</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistClear">
+        <source>Playlist: clear</source>
+        <translation>Playlist: clear</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistUndo">
+        <source>Playlist: undo</source>
+        <translation>Playlist: undo</translation>
+    </message>
+    <message id="settings.shortcuts.EditToggleStartMode">
+        <source>EDIT: switch start mode</source>
+        <translation>EDIT: switch start mode</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndStop">
+        <source>EDIT: end mode stop</source>
+        <translation>EDIT: end mode stop</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndPause">
+        <source>EDIT: end mode pause</source>
+        <translation>EDIT: end mode pause</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndRepeat">
+        <source>EDIT: end mode repeat</source>
+        <translation>EDIT: end mode repeat</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndNext">
+        <source>EDIT: end mode next</source>
+        <translation>EDIT: end mode next</translation>
+    </message>
+    <message id="settings.shortcuts.EditToggleFadeOut">
+        <source>EDIT: fade out on / off</source>
+        <translation>EDIT: fade out on / off</translation>
+    </message>
+    <message id="settings.shortcuts.EditReset">
+        <source>EDIT: reset</source>
+        <translation>EDIT: reset</translation>
+    </message>
+    <message id="settings.shortcuts.EditSetIn">
+        <source>EDIT: set IN</source>
+        <translation>EDIT: set IN</translation>
+    </message>
+    <message id="settings.shortcuts.EditSetOut">
+        <source>EDIT: set OUT</source>
+        <translation>EDIT: set OUT</translation>
+    </message>
+    <message id="settings.shortcuts.NextOutputDisplay">
+        <source>Next output display</source>
+        <translation>Next output display</translation>
+    </message>
+    <message id="settings.shortcuts.PreviewCapture">
+        <source>Preview capture</source>
+        <translation>Preview capture</translation>
+    </message>
+    <message id="settings.shortcuts.ProgramCapture">
+        <source>Program capture</source>
+        <translation>Program capture</translation>
+    </message>
+    <message id="settings.shortcuts.TogglePfl">
+        <source>PFL on / off</source>
+        <translation>PFL on / off</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistDelete">
+        <source>Playlist: delete</source>
+        <translation>Playlist: delete</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerStart">
+        <source>Operator timer: start</source>
+        <translation>Operator timer: start</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerPause">
+        <source>Operator timer: pause</source>
+        <translation>Operator timer: pause</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerReset">
+        <source>Operator timer: reset</source>
+        <translation>Operator timer: reset</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerSettings">
+        <source>Operator timer: settings</source>
+        <translation>Operator timer: settings</translation>
+    </message>
+    <message id="settings.shortcuts.OpenNominalEq">
+        <source>Open the EDIT EQ</source>
+        <translation>Open the EDIT EQ</translation>
+    </message>
+    <message id="settings.shortcuts.OpenItemEq">
+        <source>Open the item EQ</source>
+        <translation>Open the item EQ</translation>
+    </message>
+    <message id="settings.shortcuts.OpenMasterEq">
+        <source>Open the master EQ</source>
+        <translation>Open the master EQ</translation>
+    </message>
 </context>
 </TS>

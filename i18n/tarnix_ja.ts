@@ -1987,5 +1987,397 @@ Drag up or down to adjust</source>
         <source>Could not save or restore settings. Check the file format and write permissions.</source>
         <translation>設定を保存または復元できませんでした。ファイルの形式と書き込み権限を確認してください。</translation>
     </message>
+    <message id="menu.file.settings">
+        <source>Settings…</source>
+        <translation>設定…</translation>
+    </message>
+    <message id="settings.window.title">
+        <source>Settings</source>
+        <translation>設定</translation>
+    </message>
+    <message id="settings.window.refused">
+        <source>Not saved: %1</source>
+        <translation>保存されませんでした: %1</translation>
+    </message>
+    <message id="settings.window.save_failed">
+        <source>Could not save the setting: %1</source>
+        <translation>設定を保存できませんでした: %1</translation>
+    </message>
+    <message id="settings.page.general">
+        <source>General</source>
+        <translation>全般</translation>
+    </message>
+    <message id="settings.page.on_air">
+        <source>ON AIR</source>
+        <translation>ON AIR</translation>
+    </message>
+    <message id="settings.page.audio">
+        <source>Audio</source>
+        <translation>オーディオ</translation>
+    </message>
+    <message id="settings.page.playlist">
+        <source>Playlist</source>
+        <translation>プレイリスト</translation>
+    </message>
+    <message id="settings.page.files">
+        <source>Files</source>
+        <translation>ファイル</translation>
+    </message>
+    <message id="settings.page.outputs">
+        <source>Outputs</source>
+        <translation>出力</translation>
+    </message>
+    <message id="settings.page.shortcuts">
+        <source>Shortcuts</source>
+        <translation>ショートカット</translation>
+    </message>
+    <message id="settings.page.control">
+        <source>Control</source>
+        <translation>外部制御</translation>
+    </message>
+    <message id="settings.general.language">
+        <source>Language</source>
+        <translation>表示言語</translation>
+    </message>
+    <message id="settings.general.skin">
+        <source>Controller skin</source>
+        <translation>コントローラーのスキン</translation>
+    </message>
+    <message id="settings.general.text_size">
+        <source>Text size</source>
+        <translation>文字の大きさ</translation>
+    </message>
+    <message id="settings.general.text_size.standard">
+        <source>Standard</source>
+        <translation>標準</translation>
+    </message>
+    <message id="settings.general.text_size.large">
+        <source>Large</source>
+        <translation>大</translation>
+    </message>
+    <message id="settings.general.text_size.largest">
+        <source>Largest</source>
+        <translation>特大</translation>
+    </message>
+    <message id="settings.general.next_start_note">
+        <source>The skin and the text size take effect at the next start.</source>
+        <translation>スキンと文字の大きさは次回の起動から反映されます。</translation>
+    </message>
+    <message id="settings.general.time_zone">
+        <source>Time zone</source>
+        <translation>タイムゾーン</translation>
+    </message>
+    <message id="settings.general.remaining">
+        <source>Remaining time</source>
+        <translation>残り時間</translation>
+    </message>
+    <message id="settings.general.remaining.item">
+        <source>Up to the end of the ON AIR item</source>
+        <translation>ON AIR アイテムの終わりまで</translation>
+    </message>
+    <message id="settings.general.remaining.total">
+        <source>Up to the Map Total arrival point</source>
+        <translation>Map Total の到達点まで</translation>
+    </message>
+    <message id="settings.on_air.retake">
+        <source>Allow the ON AIR item to be taken again</source>
+        <translation>ON AIR 中のアイテムを再度 ON AIR できるようにする</translation>
+    </message>
+    <message id="settings.on_air.auto_select_next">
+        <source>Select the next item when an item leaves the air</source>
+        <translation>アイテムが ON AIR を終えたら次のアイテムを選択する</translation>
+    </message>
+    <message id="settings.on_air.lock_ftb">
+        <source>Lock the FTB button</source>
+        <translation>FTB ボタンをロックする</translation>
+    </message>
+    <message id="settings.on_air.rate_controls">
+        <source>Show the playback rate controls</source>
+        <translation>再生速度の操作を表示する</translation>
+    </message>
+    <message id="settings.on_air.background">
+        <source>Background colour (#RRGGBB)</source>
+        <translation>背景色 (#RRGGBB)</translation>
+    </message>
+    <message id="settings.audio.bgm_controls">
+        <source>Show the BGM player controls</source>
+        <translation>BGM プレーヤーの操作を表示する</translation>
+    </message>
+    <message id="settings.playlist.edit_activation">
+        <source>Load into EDIT</source>
+        <translation>EDIT への読み込み</translation>
+    </message>
+    <message id="settings.playlist.edit_activation.selection">
+        <source>When an item is selected</source>
+        <translation>アイテムを選択したとき</translation>
+    </message>
+    <message id="settings.playlist.edit_activation.button">
+        <source>When the EDIT button is pressed</source>
+        <translation>EDIT ボタンを押したとき</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails">
+        <source>Audio file thumbnails</source>
+        <translation>音声ファイルのサムネイル</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails.waveform">
+        <source>Waveform</source>
+        <translation>波形</translation>
+    </message>
+    <message id="settings.playlist.audio_thumbnails.album_art">
+        <source>Album art (waveform if unavailable)</source>
+        <translation>アルバムアート (ない場合は波形)</translation>
+    </message>
+    <message id="settings.files.still_capture">
+        <source>Folder for captured stills</source>
+        <translation>静止画キャプチャの保存先フォルダー</translation>
+    </message>
+    <message id="settings.files.document_conversion">
+        <source>Folder for converted documents</source>
+        <translation>変換した資料の保存先フォルダー</translation>
+    </message>
+    <message id="settings.outputs.program_4k">
+        <source>Program output at 3840 x 2160</source>
+        <translation>プログラム出力を 3840 x 2160 にする</translation>
+    </message>
+    <message id="settings.outputs.software_decoding">
+        <source>Decode video in software only</source>
+        <translation>映像をソフトウェアだけでデコードする</translation>
+    </message>
+    <message id="settings.outputs.next_start_note">
+        <source>The program output settings take effect at the next start.</source>
+        <translation>プログラム出力の設定は次回の起動から反映されます。</translation>
+    </message>
+    <message id="settings.control.socket_path">
+        <source>Control socket path</source>
+        <translation>制御ソケットのパス</translation>
+    </message>
+    <message id="settings.control.socket_path_note">
+        <source>Empty: no control socket. A change takes effect at the next start.</source>
+        <translation>空欄のときは制御ソケットを開きません。変更は次回の起動から反映されます。</translation>
+    </message>
+    <message id="settings.shortcuts.action">
+        <source>Action</source>
+        <translation>操作</translation>
+    </message>
+    <message id="settings.shortcuts.key1">
+        <source>Key 1</source>
+        <translation>キー 1</translation>
+    </message>
+    <message id="settings.shortcuts.key2">
+        <source>Key 2</source>
+        <translation>キー 2</translation>
+    </message>
+    <message id="settings.shortcuts.save">
+        <source>Save</source>
+        <translation>保存</translation>
+    </message>
+    <message id="settings.shortcuts.defaults">
+        <source>Load Defaults</source>
+        <translation>既定に戻す</translation>
+    </message>
+    <message id="settings.shortcuts.saved">
+        <source>Shortcuts saved and applied.</source>
+        <translation>ショートカットを保存して適用しました。</translation>
+    </message>
+    <message id="settings.shortcuts.invalid">
+        <source>Duplicate, reserved or invalid key. Not saved: %1</source>
+        <translation>重複、予約済み、または無効なキーです。保存されませんでした: %1</translation>
+    </message>
+    <message id="settings.shortcuts.defaults_loaded">
+        <source>Defaults loaded. Save to apply.</source>
+        <translation>既定値を読み込みました。保存すると適用されます。</translation>
+    </message>
+    <message id="settings.shortcuts.AddFile">
+        <source>Add files</source>
+        <translation>ファイルを追加</translation>
+    </message>
+    <message id="settings.shortcuts.Exit">
+        <source>Exit</source>
+        <translation>終了</translation>
+    </message>
+    <message id="settings.shortcuts.TakeOnAir">
+        <source>Take ON AIR</source>
+        <translation>ON AIR にする</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleOnAirPlayback">
+        <source>Play / pause ON AIR</source>
+        <translation>ON AIR の再生 / 一時停止</translation>
+    </message>
+    <message id="settings.shortcuts.LoadEdit">
+        <source>Load into EDIT</source>
+        <translation>EDIT に読み込む</translation>
+    </message>
+    <message id="settings.shortcuts.CopyItemState">
+        <source>Copy item state</source>
+        <translation>アイテムの状態をコピー</translation>
+    </message>
+    <message id="settings.shortcuts.PasteItemState">
+        <source>Paste item state</source>
+        <translation>アイテムの状態を貼り付け</translation>
+    </message>
+    <message id="settings.shortcuts.DocumentNext">
+        <source>Next document page</source>
+        <translation>資料の次のページ</translation>
+    </message>
+    <message id="settings.shortcuts.DocumentPrevious">
+        <source>Previous document page</source>
+        <translation>資料の前のページ</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleFtb">
+        <source>Fade to black</source>
+        <translation>黒へフェード (FTB)</translation>
+    </message>
+    <message id="settings.shortcuts.ToggleDsk">
+        <source>DSK on / off</source>
+        <translation>DSK のオン / オフ</translation>
+    </message>
+    <message id="settings.shortcuts.OffAir">
+        <source>OFF AIR</source>
+        <translation>OFF AIR にする</translation>
+    </message>
+    <message id="settings.shortcuts.MasterFadeIn">
+        <source>Master fade in</source>
+        <translation>マスター フェードイン</translation>
+    </message>
+    <message id="settings.shortcuts.MasterFadeOut">
+        <source>Master fade out</source>
+        <translation>マスター フェードアウト</translation>
+    </message>
+    <message id="settings.shortcuts.ItemFadeIn">
+        <source>Item fade in</source>
+        <translation>アイテム フェードイン</translation>
+    </message>
+    <message id="settings.shortcuts.ItemFadeOut">
+        <source>Item fade out</source>
+        <translation>アイテム フェードアウト</translation>
+    </message>
+    <message id="settings.shortcuts.BgmFadeIn">
+        <source>BGM fade in</source>
+        <translation>BGM フェードイン</translation>
+    </message>
+    <message id="settings.shortcuts.BgmFadeOut">
+        <source>BGM fade out</source>
+        <translation>BGM フェードアウト</translation>
+    </message>
+    <message id="settings.shortcuts.SelectItem">
+        <source>Select item %1</source>
+        <translation>アイテム %1 を選択</translation>
+    </message>
+    <message id="settings.shortcuts.ActivatePlaylist">
+        <source>Activate playlist %1</source>
+        <translation>プレイリスト %1 を有効にする</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistPlayOnce">
+        <source>Playlist: play once</source>
+        <translation>プレイリスト: 1 回再生</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistRepeatAll">
+        <source>Playlist: repeat all</source>
+        <translation>プレイリスト: 全体をリピート</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistShuffle">
+        <source>Playlist: shuffle</source>
+        <translation>プレイリスト: シャッフル</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistBgmMode">
+        <source>Playlist: BGM mode</source>
+        <translation>プレイリスト: BGM モード</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistStandardMode">
+        <source>Playlist: standard mode</source>
+        <translation>プレイリスト: 標準モード</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistClear">
+        <source>Playlist: clear</source>
+        <translation>プレイリスト: クリア</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistUndo">
+        <source>Playlist: undo</source>
+        <translation>プレイリスト: 元に戻す</translation>
+    </message>
+    <message id="settings.shortcuts.EditToggleStartMode">
+        <source>EDIT: switch start mode</source>
+        <translation>EDIT: 開始モードを切り替え</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndStop">
+        <source>EDIT: end mode stop</source>
+        <translation>EDIT: 終了モード 停止</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndPause">
+        <source>EDIT: end mode pause</source>
+        <translation>EDIT: 終了モード 一時停止</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndRepeat">
+        <source>EDIT: end mode repeat</source>
+        <translation>EDIT: 終了モード リピート</translation>
+    </message>
+    <message id="settings.shortcuts.EditEndNext">
+        <source>EDIT: end mode next</source>
+        <translation>EDIT: 終了モード 次へ</translation>
+    </message>
+    <message id="settings.shortcuts.EditToggleFadeOut">
+        <source>EDIT: fade out on / off</source>
+        <translation>EDIT: フェードアウトのオン / オフ</translation>
+    </message>
+    <message id="settings.shortcuts.EditReset">
+        <source>EDIT: reset</source>
+        <translation>EDIT: リセット</translation>
+    </message>
+    <message id="settings.shortcuts.EditSetIn">
+        <source>EDIT: set IN</source>
+        <translation>EDIT: IN 点を設定</translation>
+    </message>
+    <message id="settings.shortcuts.EditSetOut">
+        <source>EDIT: set OUT</source>
+        <translation>EDIT: OUT 点を設定</translation>
+    </message>
+    <message id="settings.shortcuts.NextOutputDisplay">
+        <source>Next output display</source>
+        <translation>次の出力ディスプレイ</translation>
+    </message>
+    <message id="settings.shortcuts.PreviewCapture">
+        <source>Preview capture</source>
+        <translation>プレビューをキャプチャ</translation>
+    </message>
+    <message id="settings.shortcuts.ProgramCapture">
+        <source>Program capture</source>
+        <translation>プログラムをキャプチャ</translation>
+    </message>
+    <message id="settings.shortcuts.TogglePfl">
+        <source>PFL on / off</source>
+        <translation>PFL のオン / オフ</translation>
+    </message>
+    <message id="settings.shortcuts.PlaylistDelete">
+        <source>Playlist: delete</source>
+        <translation>プレイリスト: 削除</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerStart">
+        <source>Operator timer: start</source>
+        <translation>オペレーター タイマー: 開始</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerPause">
+        <source>Operator timer: pause</source>
+        <translation>オペレーター タイマー: 一時停止</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerReset">
+        <source>Operator timer: reset</source>
+        <translation>オペレーター タイマー: リセット</translation>
+    </message>
+    <message id="settings.shortcuts.OperatorTimerSettings">
+        <source>Operator timer: settings</source>
+        <translation>オペレーター タイマー: 設定</translation>
+    </message>
+    <message id="settings.shortcuts.OpenNominalEq">
+        <source>Open the EDIT EQ</source>
+        <translation>EDIT の EQ を開く</translation>
+    </message>
+    <message id="settings.shortcuts.OpenItemEq">
+        <source>Open the item EQ</source>
+        <translation>アイテムの EQ を開く</translation>
+    </message>
+    <message id="settings.shortcuts.OpenMasterEq">
+        <source>Open the master EQ</source>
+        <translation>マスターの EQ を開く</translation>
+    </message>
 </context>
 </TS>

@@ -20,6 +20,7 @@ class QAction;
 class QDialog;
 class QFileDialog;
 class QJsonObject;
+class QJsonValue;
 class QMenu;
 class QMenuBar;
 class QWidget;
@@ -46,7 +47,9 @@ class ProgramPanel;
 class ViewMenuController;
 class PlaylistThumbnailStore;
 class SelectionHolder;
+class SettingsEditor;
 class SettingsTransfer;
+class SettingsWindow;
 class UserInfoBar;
 
 // The members of MainController, in the order they are built. Widgets
@@ -139,8 +142,12 @@ struct MainController::Impl {
     QPointer<QAction> exportSettingsAction;
     QPointer<QAction> importSettingsAction;
     QPointer<QAction> audioOutputsAction;
+    QPointer<QAction> settingsAction;
     QPointer<QAction> exitAction;
     QPointer<QDialog> audioOutputDialog;
+    // The settings window, made when first opened, and its way to the file.
+    QPointer<SettingsEditor> settingsEditor;  // a child of widgetContext
+    QPointer<SettingsWindow> settingsWindow;
     struct OnAirEntry {
         QPointer<QAction> action;
         int operation = 0;
@@ -214,6 +221,13 @@ struct MainController::Impl {
     void exportSettingsFromDialog();
     void importSettingsFromDialog();
     void applyRestoredSettings(const QJsonObject &settings);
+    // A setting the running parts take up while running, restored or
+    // changed in the settings window.
+    void applyRuntimeSetting(const QString &key, const QJsonValue &value);
+    // The settings window: opened by the File menu and OpenSettings; each
+    // value it saves is taken up at once.
+    bool openSettingsWindow();
+    void applyChangedSetting(const QString &key, const QJsonValue &value);
 
     // MainController_session.cpp
     void bindControlCommands();

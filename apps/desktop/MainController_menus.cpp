@@ -147,8 +147,8 @@ void MainController::Impl::buildControllerWindow()
     fileMenu->addSeparator();
     exportSettingsAction = addFileAction("exportSettingsAction", [this] { exportSettingsFromDialog(); });
     importSettingsAction = addFileAction("importSettingsAction", [this] { importSettingsFromDialog(); });
-    // The settings window's entry joins here with the window.
     fileMenu->addSeparator();
+    settingsAction = addFileAction("settingsAction", [this] { operations->invoke(Ops::OpenSettings); });
     audioOutputsAction = addFileAction("audioOutputsAction", [this] { openAudioOutputs(); });
     fileMenu->addSeparator();
     exitAction = addFileAction("exitAction", [this] { operations->invoke(Ops::Exit); });
@@ -252,6 +252,9 @@ void MainController::Impl::buildControllerWindow()
     layout->addWidget(info);
     userInfoBar = info;
 
+    // One settings window, raised when it is open already.
+    operations->bind<>(Ops::OpenSettings, widgetContext.get(), [this] { return openSettingsWindow(); });
+
     // Exit closes the main window; the window deletes itself and the run ends.
     operations->bind<>(Ops::Exit, window, [guarded = QPointer<QWidget>(window)] {
         return guarded && guarded->close();
@@ -282,6 +285,8 @@ void MainController::Impl::retranslateMenus()
         importSettingsAction->setText(localized("menu.file.import_settings"));
     if (audioOutputsAction)
         audioOutputsAction->setText(localized("menu.file.audio_outputs"));
+    if (settingsAction)
+        settingsAction->setText(localized("menu.file.settings"));
     if (exitAction)
         exitAction->setText(localized("menu.file.exit"));
     if (onAirMenu)

@@ -14,17 +14,22 @@
 #include "playlist/playlist_thumbnail_store.h"
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
+#include "shell/background_io_queue.h"
 #include "shell/settings_store.h"
+#include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
 #include "support/test_paths.h"
 #include "ui/image_add_dialog.h"
 #include "ui/playlist_list_widget.h"
 #include "ui/playlist_panel.h"
 #include "ui/program_panel.h"
+#include "ui/settings_window.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
+#include <QKeySequenceEdit>
 #include <QDoubleSpinBox>
 #include <QFileDialog>
 #include <QFile>
@@ -133,7 +138,8 @@ private slots:
         QVERIFY(bar);
         QVERIFY(rig.controllerWindow->findChild<QWidget *>("userInfoBar"));
         QMenu *file = bar->findChild<QMenu *>("fileMenu");
-        QCOMPARE(file->actions().size(), 12);  // eight entries and four separators
+        QCOMPARE(file->actions().size(), 13);  // nine entries and four separators
+        QCOMPARE(file->findChild<QAction *>("settingsAction")->text(), QStringLiteral("Settings\u2026"));
         QCOMPARE(file->findChild<QAction *>("audioOutputsAction")->text(), QStringLiteral("Audio Outputs\u2026"));
         QCOMPARE(file->actions().first()->objectName(), QStringLiteral("addFilesAction"));
         QCOMPARE(file->actions().first()->text(), QStringLiteral("Add Files..."));
@@ -254,6 +260,65 @@ private slots:
             // and automation.
             QVERIFY(rig.ops().hasHandler(Ops::ToggleFtb));
         }
+        qApp->setProperty("tarnix.settingsFile", QVariant());
+    }
+
+    // One settings window, from the File menu or OpenSettings; what it
+    // saves the running parts take up at once, as restored settings are.
+    void settingsWindowAppliesWhatItSaves()
+    {
+        QTemporaryDir settingsDir;
+        qApp->setProperty("tarnix.settingsFile", settingsDir.filePath("tarnix.ini"));
+        QTemporaryDir dir;
+        QWidget programWindow;
+        QPointer<QWidget> controllerWindow = new QWidget;
+        UiLanguageManager language;
+        QVERIFY(language.setLanguage("en"));
+        MainControllerOptions options;
+        options.programOutputSize = QSize(320, 180);
+        options.programAudioSinkFactory = QStringLiteral("fakesink sync=true");
+        options.previousSessionPath = dir.filePath("session/previous-session.json");
+        auto controller = std::make_unique<MainController>(&programWindow, controllerWindow, false, &language, options);
+        Ops &ops = *controller->controllerOperations();
+
+        controllerWindow->findChild<QAction *>("settingsAction")->trigger();
+        auto *window = controllerWindow->findChild<SettingsWindow *>("settingsWindow");
+        QVERIFY(window && window->isVisible());
+        QCOMPARE(ops.invoke(Ops::OpenSettings).status, Ops::Invoked);
+        QCOMPARE(controllerWindow->findChildren<SettingsWindow *>().size(), 1);
+        // The embedded audio output page is the dialog's page.
+        QVERIFY(window->findChild<QWidget *>("settingsAudioPage")->findChild<QWidget *>("audioOutputPage"));
+        auto *total = window->findChild<QComboBox *>("settingsRemainingTotalCombo");
+        QTRY_COMPARE(total->count(), 2);
+        QTRY_VERIFY(controller->backgroundIoQueue()->isIdle());
+
+        auto choose = [](QComboBox *combo, int index) {
+            combo->setCurrentIndex(index);
+            emit combo->activated(index);
+        };
+        auto *totalButton = controllerWindow->findChild<QWidget *>("programRemainingTotalModeButton");
+        QVERIFY(!totalButton->property("checked").toBool());
+        choose(total, 1);
+        QTRY_VERIFY(totalButton->property("checked").toBool());
+        QTRY_VERIFY(readBoolSetting("time/remainingTotal"));
+
+        choose(window->findChild<QComboBox *>("settingsLanguageCombo"), 1);
+        QTRY_COMPARE(language.currentLanguage(), QStringLiteral("ja"));
+        QCOMPARE(window->windowTitle(), QString::fromUtf8("\u8a2d\u5b9a"));
+        QCOMPARE(controllerWindow->findChild<QAction *>("settingsAction")->text(), QString::fromUtf8("\u8a2d\u5b9a\u2026"));
+        QVERIFY2(window->message("ui/language").contains(QString::fromUtf8("\u65e5\u672c\u8a9e")),
+                 qPrintable(window->message("ui/language")));
+        QTRY_COMPARE(readStringSetting("ui/language"), QStringLiteral("ja"));
+
+        // A saved table is on the keys at once.
+        window->findChild<QKeySequenceEdit *>("shortcutKeyToggleFtb_1")->setKeySequence(QKeySequence("Ctrl+F11"));
+        window->findChild<QPushButton *>("settingsShortcutsSaveButton")->click();
+        auto *ftb = controllerWindow->findChild<QAction *>("onAirMenuToggleFtb");
+        QTRY_COMPARE(ftb->shortcut(), QKeySequence("Ctrl+F11"));
+        QVERIFY(language.setLanguage("en"));
+
+        controller.reset();
+        delete controllerWindow;
         qApp->setProperty("tarnix.settingsFile", QVariant());
     }
 
