@@ -108,6 +108,10 @@ struct ProgramAudioOutput::Impl {
     bool deviceFailed = false;
     // When the output last failed, for the retry.
     std::chrono::steady_clock::time_point failedAt;
+    // It played and then lost its device (an error while running): it is
+    // opened again until it plays. An output that never got its device
+    // waits for the operator's next choice instead.
+    bool lostWhilePlaying = false;
     bool outputRunning = false;
     bool released = false;
     bool nullConfirmed = false;
@@ -372,6 +376,8 @@ void ProgramAudioOutput::serviceDeviceChange(bool canApply)
         d->drainBus();
         if (d->deviceChange->success) {
             d->activeDevice = d->deviceChange->device;
+            if (d->deviceChange->running)
+                d->lostWhilePlaying = false;
         } else {
             d->deviceFailed = true;
             d->failedAt = std::chrono::steady_clock::now();
@@ -388,7 +394,7 @@ void ProgramAudioOutput::serviceDeviceChange(bool canApply)
         // there. An output that plays nowhere is opened again, only where a
         // change may be applied and not at every poll while the device
         // stays away.
-        if (d->outputRunning || !canApply
+        if (!d->lostWhilePlaying || d->outputRunning || !canApply
             || std::chrono::steady_clock::now() - d->failedAt < d->timings.failedRetry)
             return;
         d->deviceFailed = false;
@@ -435,12 +441,15 @@ void ProgramAudioOutput::setRequestedDevice(const QString &deviceId)
         return;
     d->requestedDevice = deviceId;
     d->deviceFailed = false;
+    d->lostWhilePlaying = false;
 }
 
 void ProgramAudioOutput::markFailed()
 {
     if (!d->deviceFailed)
         d->failedAt = std::chrono::steady_clock::now();
+    if (d->outputRunning)
+        d->lostWhilePlaying = true;
     d->deviceFailed = true;
     // Whatever state the pipeline reads, its sound goes nowhere now.
     d->outputRunning = false;

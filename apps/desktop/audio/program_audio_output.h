@@ -27,9 +27,10 @@ public:
     struct Timings {
         // Limit of each state wait of the device worker and of the release.
         std::chrono::milliseconds stateWait{2000};
-        // A failed output is opened again this often while a device change
-        // may be applied (nothing plays to air): a sound server that came
-        // back, or a device plugged in again, is found without the operator.
+        // An output that lost its device while playing is opened again this
+        // often while a device change may be applied (nothing plays to
+        // air): a sound server that came back, or a device plugged in
+        // again, is found without the operator.
         std::chrono::milliseconds failedRetry{2000};
     };
 
@@ -52,8 +53,8 @@ public:
 
     // Collects a finished device worker and starts the next one when the
     // requested device differs from the active one (or the output isn't
-    // running yet, or failed at least failedRetry ago) and canApply allows
-    // it. Call it repeatedly.
+    // running yet, or lost its device while playing at least failedRetry
+    // ago) and canApply allows it. Call it repeatedly.
     void serviceDeviceChange(bool canApply);
     void setRequestedDevice(const QString &deviceId);
     void markFailed();
