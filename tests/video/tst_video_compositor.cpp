@@ -608,6 +608,8 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(compositor.renderCount() > renders + 3, 5000);
             // A good DSK sample clears the fault with the next composition,
             // its blue-first bytes read the right way round.
+            // The bad sample still standing in the slot is dropped first.
+            compositor.dropSlotFrame(ProgramGpuCompositor::kDskSlotA);
             QVERIFY(compositor.connectDsk(0, good.pipeline, good.sink));
             good.push(keyColour);
             QTRY_VERIFY_WITH_TIMEOUT(compositor.slotHasFrame(ProgramGpuCompositor::kDskSlotA), 5000);
