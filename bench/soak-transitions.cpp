@@ -16,7 +16,7 @@
 // the last report, and the boundaries' held and skipped frames.
 //
 //   soak-transitions [--transitions 1000] [--report 100] [--clip-ms 1000]
-//                    [--ftb-every 50] [--trace FILE]
+//                    [--ftb-every 50] [--trace FILE] [--default-allocator]
 //
 // Targets: RSS within 5 % of the figure at the first report, fds and threads
 // flat, no retained pipeline, skipped frames p95 0 and max 1, held p95 <= 1.
@@ -28,6 +28,7 @@
 #include "playout/dual_deck_program_player.h"
 #include "playout/program_playout_controller.h"
 #include "playout/selection_holder.h"
+#include "shell/allocator_settings.h"
 #include "shell/pipeline_release.h"
 #include "video/program_gpu_compositor.h"
 
@@ -42,6 +43,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <mutex>
 
@@ -216,6 +218,13 @@ bool boundariesMeetTargets(const soak::BoundaryFigures &figures)
 
 int main(int argc, char **argv)
 {
+    // As the application does, unless the run compares with glibc's own
+    // behaviour (--default-allocator).
+    bool defaultAllocator = false;
+    for (int i = 1; i < argc; ++i)
+        defaultAllocator = defaultAllocator || std::strcmp(argv[i], "--default-allocator") == 0;
+    if (!defaultAllocator)
+        settleAllocatorForLongRuns();
     if (qEnvironmentVariableIsEmpty("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);

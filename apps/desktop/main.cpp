@@ -7,6 +7,7 @@
 #include "MainController.h"
 
 #include "shell/addon_resume.h"
+#include "shell/allocator_settings.h"
 #include "shell/application_identity.h"
 #include "shell/application_log.h"
 #include "shell/command_line.h"
@@ -132,6 +133,8 @@ int runRuntimeMissingWindow(QApplication &app, const bool &stopRequested)
 
 int main(int argc, char **argv)
 {
+    // Before any thread: large buffers get mappings of their own.
+    tarnix::settleAllocatorForLongRuns();
     const tarnix::WindowSystemChoice windowSystem = tarnix::applyWindowSystemChoice();
 
     // start: application object
