@@ -299,6 +299,10 @@
         <source>The language was changed for this session, but the preference could not be saved.</source>
         <translation>The language was changed for this session, but the preference could not be saved.</translation>
     </message>
+    <message id="settings.skin.save_failed">
+        <source>Could not save the Controller skin setting.</source>
+        <translation>Could not save the Controller skin setting.</translation>
+    </message>
     <message id="settings.language.unknown">
         <source>Unknown display language.</source>
         <translation>Unknown display language.</translation>
@@ -2058,10 +2062,6 @@ Drag up or down to adjust</translation>
     <message id="settings.general.text_size.largest">
         <source>Largest</source>
         <translation>Largest</translation>
-    </message>
-    <message id="settings.general.next_start_note">
-        <source>The skin and the text size take effect at the next start.</source>
-        <translation>The skin and the text size take effect at the next start.</translation>
     </message>
     <message id="settings.general.time_zone">
         <source>Time zone</source>

@@ -299,6 +299,10 @@
         <source>The language was changed for this session, but the preference could not be saved.</source>
         <translation>この起動中の表示言語は変更しましたが、設定を保存できませんでした。</translation>
     </message>
+    <message id="settings.skin.save_failed">
+        <source>Could not save the Controller skin setting.</source>
+        <translation>コントローラーのスキン設定を保存できませんでした。</translation>
+    </message>
     <message id="settings.language.unknown">
         <source>Unknown display language.</source>
         <translation>不明な表示言語です。</translation>
@@ -2058,10 +2062,6 @@ Drag up or down to adjust</source>
     <message id="settings.general.text_size.largest">
         <source>Largest</source>
         <translation>特大</translation>
-    </message>
-    <message id="settings.general.next_start_note">
-        <source>The skin and the text size take effect at the next start.</source>
-        <translation>スキンと文字の大きさは次回の起動から反映されます。</translation>
     </message>
     <message id="settings.general.time_zone">
         <source>Time zone</source>

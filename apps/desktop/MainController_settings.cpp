@@ -12,6 +12,9 @@
 #include "playlist/playlist_thumbnail_store.h"
 #include "playout/dual_deck_player.h"
 #include "playout/program_playout_controller.h"
+#include "shell/controller_skin.h"
+#include "shell/controller_window_scaling.h"
+#include "shell/interface_scale.h"
 #include "shell/localized_text.h"
 #include "shell/log_categories.h"
 #include "shell/settings_editor.h"
@@ -49,7 +52,7 @@ constexpr const char *kRuntimeSettingKeys[] = {
     "onAir/allowSameItemRetake", "playlist/autoSelectNextItemAfterOnAir", "playlist/preferAudioAlbumArt",
     "player/backgroundColor",    "onAir/showPlaybackRateControls",         "audio/showBgmPlayerControls",
     "onAir/disableFtbButton",    "time/remainingTotal",                    "playlist/editActivationMode",
-    "time/timeZone",
+    "time/timeZone",             "appearance/controllerSkin",              "accessibility/textSize",
 };
 
 } // namespace
@@ -166,6 +169,19 @@ void MainController::Impl::applyRuntimeSetting(const QString &key, const QJsonVa
     } else if (key == QLatin1String("time/timeZone")) {
         if (playlistPanel)
             playlistPanel->setTimeZone(value.toString());
+    } else if (key == QLatin1String("appearance/controllerSkin")) {
+        // A restore carries a known skin or none; an unknown one keeps the look.
+        const QString skin = value.toString();
+        if (findControllerSkin(skin) && skin != currentControllerSkin()) {
+            QString error;
+            if (!applyControllerSkin(skin, &error))
+                qCWarning(lcSystem).noquote() << error;
+        }
+    } else if (key == QLatin1String("accessibility/textSize")) {
+        const int before = textSizeStep();
+        setTextSizeStep(value.toInt());
+        if (textSizeStep() != before)
+            applyInterfaceScaleChange();
     }
 }
 
@@ -213,9 +229,16 @@ bool MainController::Impl::openSettingsWindow()
         // the window showing the saved value; both run in the same turn.
         QObject::connect(settingsEditor.data(), &SettingsEditor::changed, widgetContext.get(),
                          [this](const QString &key, const QJsonValue &value) { applyChangedSetting(key, value); });
-        // A language that could not be saved still serves this session.
+        // A language or a skin that could not be saved still serves this
+        // session.
         QObject::connect(settingsEditor.data(), &SettingsEditor::saveFailed, widgetContext.get(),
                          [this](const QString &key, const QJsonValue &value) {
+                             if (key == QLatin1String("appearance/controllerSkin")) {
+                                 applyRuntimeSetting(key, value);
+                                 if (settingsWindow)
+                                     settingsWindow->showMessage(key, localized("settings.skin.save_failed"));
+                                 return;
+                             }
                              if (key != QLatin1String("ui/language") || !languageManager)
                                  return;
                              if (languageManager->setLanguage(value.toString()) && settingsWindow)

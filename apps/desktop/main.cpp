@@ -11,9 +11,12 @@
 #include "shell/application_identity.h"
 #include "shell/application_log.h"
 #include "shell/command_line.h"
+#include "shell/controller_skin.h"
+#include "shell/controller_window_scaling.h"
 #include "shell/display_activity_guard.h"
 #include "shell/gpu_startup_preferences.h"
 #include "shell/gstreamer_runtime.h"
+#include "shell/interface_scale.h"
 #include "shell/low_priority_threads.h"
 #include "shell/log_categories.h"
 #include "shell/settings_store.h"
@@ -29,8 +32,10 @@
 #include <QFile>
 #include <QIcon>
 #include <QPointer>
+#include <QScreen>
 #include <QSize>
 #include <QStandardPaths>
+#include <QTimer>
 #include <QWidget>
 
 #include <gst/gst.h>
@@ -178,8 +183,36 @@ int main(int argc, char **argv)
             qCWarning(tarnix::lcStartup).noquote() << error;
     }
 
-    // start: interface scale, application font and skin are applied here once
-    // their managers exist.
+    // start: text size and interface scale
+    tarnix::setTextSizeStep(tarnix::readIntSetting(QStringLiteral("accessibility/textSize")));
+    QScreen *primaryScreen = QGuiApplication::primaryScreen();
+    if (primaryScreen)
+        tarnix::setUiScale(tarnix::uiScale(primaryScreen->geometry(), primaryScreen->availableGeometry()));
+    // start: application font
+    tarnix::applyScaledApplicationFont();
+    if (primaryScreen) {
+        const QSize screen = primaryScreen->geometry().size();
+        const QSize available = primaryScreen->availableGeometry().size();
+        qCInfo(tarnix::lcStartup).noquote()
+            << QStringLiteral("CONTROLLER_SCALE logicalScreen=%1x%2 available=%3x%4 devicePixelRatio=%5 uiScale=%6")
+                   .arg(screen.width())
+                   .arg(screen.height())
+                   .arg(available.width())
+                   .arg(available.height())
+                   .arg(primaryScreen->devicePixelRatio())
+                   .arg(tarnix::interfaceScale());
+    }
+    // start: skin
+    {
+        QString skin = tarnix::readStringSetting(QStringLiteral("appearance/controllerSkin"));
+        if (!tarnix::findControllerSkin(skin))
+            skin = tarnix::defaultControllerSkin();
+        QString error;
+        if (!tarnix::applyControllerSkin(skin, &error))
+            qCWarning(tarnix::lcStartup).noquote() << error;
+    }
+    // start: menu fonts
+    tarnix::applyScaledMenuFonts();
 
     // start: add-on resume
     {
@@ -273,7 +306,10 @@ int main(int argc, char **argv)
     // start: controller window shown
     tarnix::showControllerWindow(controllerWindow);
 
-    // start: controller window scaling is installed here once it exists.
+    // start: controller window scaling, once the window has been laid out
+    QTimer::singleShot(0, controllerWindow, [controllerWindow] {
+        tarnix::ControllerWindowScaling::install(controllerWindow);
+    });
 
     // start: controller-ready diagnostics
     tarnix::writeStartupDiagnostics(QString::fromLatin1(tarnix::kPhaseControllerReady));

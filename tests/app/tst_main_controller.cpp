@@ -15,6 +15,7 @@
 #include "playout/program_playout_controller.h"
 #include "shell/application_log.h"
 #include "shell/background_io_queue.h"
+#include "shell/interface_scale.h"
 #include "shell/settings_store.h"
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
@@ -309,6 +310,29 @@ private slots:
         QVERIFY2(window->message("ui/language").contains(QString::fromUtf8("\u65e5\u672c\u8a9e")),
                  qPrintable(window->message("ui/language")));
         QTRY_COMPARE(readStringSetting("ui/language"), QStringLiteral("ja"));
+
+        // The skin and the text size take effect at once; the sheet grows
+        // from its unscaled text.
+        choose(window->findChild<QComboBox *>("settingsSkinCombo"), 2);
+        QTRY_COMPARE(qApp->property("controllerSkinKey").toString(), QStringLiteral("tarnix-clasic"));
+        QTRY_COMPARE(readStringSetting("appearance/controllerSkin"), QStringLiteral("tarnix-clasic"));
+        const QString unscaled = qApp->property("controllerUnscaledStyleSheet").toString();
+        QCOMPARE(qApp->styleSheet(), unscaled);
+        const qreal pointSize = QApplication::font().pointSizeF();
+        auto *textSize = window->findChild<QComboBox *>("settingsTextSizeCombo");
+        choose(textSize, 2);
+        QTRY_VERIFY(qFuzzyCompare(textSizeFactor(), 1.4));
+        QVERIFY(qFuzzyCompare(QApplication::font().pointSizeF(), pointSize * 1.4));
+        QVERIFY(qApp->styleSheet().contains(QLatin1String("font-size: 15pt")));  // 11pt × 1.4
+        choose(textSize, 0);
+        QTRY_VERIFY(qFuzzyCompare(textSizeFactor(), 1.0));
+        QCOMPARE(qApp->styleSheet(), unscaled);
+        QVERIFY(qFuzzyCompare(QApplication::font().pointSizeF(), pointSize));
+        // Later cases see the plain look again.
+        qApp->setStyleSheet(QString());
+        QApplication::setPalette(QPalette());
+        qApp->setProperty("controllerSkinKey", QVariant());
+        qApp->setProperty("controllerUnscaledStyleSheet", QVariant());
 
         // A saved table is on the keys at once.
         window->findChild<QKeySequenceEdit *>("shortcutKeyToggleFtb_1")->setKeySequence(QKeySequence("Ctrl+F11"));

@@ -31,24 +31,27 @@ bool xdotool(const QStringList &arguments)
 }
 
 // The frame of the playlist items view in a picture of the controller
-// window. The panel is the window's left column; its items view is the
-// first framed area met on a line through it (the frame is mid grey, the
-// window around it light grey), and its frame runs down from there.
+// window, as the default skin draws it: a sunken frame, darkest at its left
+// and top edges and lighter at its right and bottom, on the panel's
+// background, which is even along a line. The panel is the window's left
+// column; its items view is the first framed area met on a line through it,
+// and its right edge runs down from there.
 QRect itemsViewIn(const QImage &window, int lineThroughItems)
 {
-    const QRgb frame = qRgb(0xb8, 0xb8, 0xb8);
-    const QRgb background = qRgb(0xef, 0xef, 0xef);
+    const QRgb shadow = qRgb(0x05, 0x06, 0x07);
+    const QRgb light = qRgb(0x3a, 0x3e, 0x46);
     auto at = [&](int x, int y) { return x >= 0 && y >= 0 && x < window.width() && y < window.height() ? window.pixel(x, y) : 0; };
     const int y = lineThroughItems;
     int left = -1;
     for (int x = 1; x < window.width() && left < 0; ++x) {
-        if (at(x, y) == frame && at(x - 1, y) == background)
+        if (at(x, y) == shadow && at(x - 1, y) != shadow)
             left = x;
     }
     int right = -1;
-    for (int x = left + 1; left >= 0 && x < window.width() - 8 && right < 0; ++x) {
-        bool backgroundAfter = at(x, y) == frame;
-        for (int i = 1; i <= 8 && backgroundAfter; ++i)
+    for (int x = left + 1; left >= 0 && x < window.width() - 9 && right < 0; ++x) {
+        const QRgb background = at(x + 1, y);
+        bool backgroundAfter = at(x, y) == light && background != light;
+        for (int i = 2; i <= 8 && backgroundAfter; ++i)
             backgroundAfter = at(x + i, y) == background;
         if (backgroundAfter)
             right = x;
@@ -56,26 +59,26 @@ QRect itemsViewIn(const QImage &window, int lineThroughItems)
     if (right < 0)
         return {};
     int top = y;
-    while (at(right, top - 1) == frame)
+    while (at(right, top - 1) == light)
         --top;
     int bottom = y;
-    while (at(right, bottom + 1) == frame)
+    while (at(right, bottom + 1) == light)
         ++bottom;
     return QRect(QPoint(left, top), QPoint(right, bottom));
 }
 
-// Whether the items show as tiles: side by side with the view's white
-// between them, where list rows run across the whole width. `rows` items
-// are in the picture of the view.
+// Whether the items show as tiles: side by side with the view's own
+// background between them, where list rows run across the whole width.
+// `rows` items are in the picture of the view.
 bool showsTiles(const QImage &items, int rows)
 {
     // The height the list rows cover, less a margin.
     const int height = std::min(items.height(), 72 * std::min(rows, 2)) - 10;
     for (int x = 100; x < items.width() - 100; ++x) {
-        int white = 0;
-        for (int y = 5; y < height && items.pixel(x, y) == qRgb(255, 255, 255); ++y)
-            ++white;
-        if (height > 20 && white >= height - 5)
+        int bare = 0;
+        for (int y = 5; y < height && items.pixel(x, y) == qRgb(0x11, 0x13, 0x18); ++y)
+            ++bare;
+        if (height > 20 && bare >= height - 5)
             return true;
     }
     return false;

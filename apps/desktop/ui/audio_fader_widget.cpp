@@ -337,7 +337,13 @@ void AudioFaderWidget::paintEvent(QPaintEvent *)
     readoutFont.setPixelSize(scaledPixels(m_compact ? 9 : 11));
     readoutFont.setBold(true);
     painter.setFont(readoutFont);
-    painter.setPen(QColor(220, 222, 224));
+    // Texts and the unity mark in the skin's text colour; the other marks
+    // halfway to the ground, so they recede on a dark or a light panel.
+    const QColor text = palette().color(QPalette::WindowText);
+    const QColor ground = palette().color(QPalette::Window);
+    const QColor quietMark = QColor::fromRgbF((text.redF() + ground.redF()) / 2, (text.greenF() + ground.greenF()) / 2,
+                                              (text.blueF() + ground.blueF()) / 2);
+    painter.setPen(text);
     const QRect readout(0, 0, width(), groove.top() - scaledPixels(m_compact ? 6 : 14));
     // One decimal is what an operator reads; the tool tip has the full text.
     const QString readoutText = value() <= kFaderOffValue
@@ -354,7 +360,7 @@ void AudioFaderWidget::paintEvent(QPaintEvent *)
     for (const ScaleMark &mark : kScaleMarks) {
         const int row = rowForValue(mark.value);
         const bool unity = mark.value == 0;
-        painter.setPen(QPen(unity ? QColor(236, 236, 236) : QColor(140, 144, 148), unity ? 1.5 : 1.0));
+        painter.setPen(QPen(unity ? text : quietMark, unity ? 1.5 : 1.0));
         painter.drawLine(QPointF(tickRight - tickLength, row + 0.5), QPointF(tickRight, row + 0.5));
         const QRect labelRect(labelLeft, row - scaledPixels(7), width() - labelLeft, scaledPixels(14));
         painter.drawText(labelRect, Qt::AlignLeft | Qt::AlignVCenter, QString::fromUtf16(mark.label));

@@ -3,8 +3,10 @@
 #include "playlist/playlist_model.h"
 #include "playlist/playlist_thumbnail_store.h"
 #include "playlist/thumbnail_caption.h"
+#include "shell/interface_scale.h"
 #include "shell/localized_text.h"
 #include "ui/playlist_item_texts.h"
+#include "ui/playlist_list_widget.h"
 
 #include <QAbstractItemView>
 #include <QHelpEvent>
@@ -18,13 +20,10 @@ namespace tarnix::playlist_view {
 
 namespace {
 
-// Colours of the item painting.
-const QColor kRowBackground(0x1d, 0x21, 0x24);
-const QColor kRowBackgroundAlternate(0x22, 0x26, 0x29);
-const QColor kStandInForeground(0x8b, 0x94, 0x99);
-const QColor kStandInBackground(0x2b, 0x30, 0x33);
-const QColor kNameText(0xd4, 0xda, 0xdd);
-const QColor kSecondText(0x87, 0x90, 0x95);
+// Colours of the states, the same in every skin; the skin's own are the
+// list's PlaylistTileColours.
+// Text on a darkened band over the picture, whatever the skin.
+const QColor kOverPictureText(0xd4, 0xda, 0xdd);
 const QColor kOffline(0xc6, 0x28, 0x28);
 const QColor kPendingBar(0x45, 0x4b, 0x4e);
 const QColor kProgress(0x5f, 0xc3, 0x6a);
@@ -38,10 +37,17 @@ const QColor kBgmBadge(0x8a, 0x64, 0x29);
 const QColor kBgmBadgeText(0xf1, 0xc8, 0x75);
 const QColor kDskBadge(0x35, 0x7e, 0xb5);
 
+// Sizes at an interface scale of 1.0 and the standard text size; rows and
+// tiles grow with the text they hold, pictures with the interface.
 constexpr QSize kTileSize{256, 214};
 constexpr int kListRowHeight = 72;
 constexpr QSize kListPicture{96, 54};
 constexpr int kMargin = 6;
+
+int textScaled(int pixels)
+{
+    return scaledBy(pixels, interfaceScale() * textSizeFactor());
+}
 
 } // namespace
 
@@ -61,6 +67,7 @@ struct PlaylistItemDelegate::Facts {
     bool pictureWaiting = false;
     QString factsLine;
     double level = 0.0;
+    PlaylistTileColours colours;
     QString error;
     bool selected = false;
     bool pressed = false;
@@ -75,19 +82,19 @@ PlaylistItemDelegate::PlaylistItemDelegate(PlaylistModel *model, PlaylistThumbna
 
 QSize PlaylistItemDelegate::tileSize()
 {
-    return kTileSize;
+    return QSize(scaled(kTileSize.width()), textScaled(kTileSize.height()));
 }
 
 int PlaylistItemDelegate::listRowHeight()
 {
-    return kListRowHeight;
+    return textScaled(kListRowHeight);
 }
 
 QSize PlaylistItemDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &) const
 {
     if (m_tiles)
-        return kTileSize;
-    return QSize(std::max(option.rect.width(), 200), kListRowHeight);
+        return tileSize();
+    return QSize(std::max(option.rect.width(), 200), listRowHeight());
 }
 
 PlaylistItemDelegate::Facts PlaylistItemDelegate::factsOf(quint64 itemId, int row) const
@@ -142,6 +149,8 @@ void PlaylistItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     Facts facts = factsOf(id, index.row() + 1);
     if (const QWidget *view = option.widget) {
         facts.pressed = view->property("pressedTileItemId").value<quint64>() == id && id != 0;
+        if (const auto *list = qobject_cast<const PlaylistListWidget *>(view))
+            facts.colours = list->tileColours();
     }
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing, true);
@@ -155,13 +164,13 @@ void PlaylistItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
 void PlaylistItemDelegate::paintPicture(QPainter *painter, const QRect &rect, const Facts &facts,
                                         bool statusOnBar) const
 {
-    painter->fillRect(rect, kStandInBackground);
+    painter->fillRect(rect, facts.colours.pictureBackground);
     if (!facts.picture.isNull()) {
         const QSize fitted = facts.picture.size().scaled(rect.size(), Qt::KeepAspectRatio);
         const QRect target(rect.center() - QPoint(fitted.width() / 2, fitted.height() / 2), fitted);
         painter->drawImage(target, facts.picture);
     } else {
-        painter->setPen(kStandInForeground);
+        painter->setPen(facts.colours.pictureText);
         QFont font = painter->font();
         font.setPointSizeF(font.pointSizeF() * 0.85);
         painter->setFont(font);
@@ -303,7 +312,7 @@ void PlaylistItemDelegate::paintFrameMarks(QPainter *painter, const QRect &rect,
         painter->drawRect(QRectF(rect).adjusted(1, 1, -1, -1));
     }
     if (facts.item.separatorBelow) {
-        painter->setPen(QPen(kSecondText, 2));
+        painter->setPen(QPen(facts.colours.secondText, 2));
         painter->drawLine(rect.left() + 2, rect.bottom(), rect.right() - 2, rect.bottom());
     }
 }
@@ -311,13 +320,15 @@ void PlaylistItemDelegate::paintFrameMarks(QPainter *painter, const QRect &rect,
 void PlaylistItemDelegate::paintList(QPainter *painter, const QRect &rect, const Facts &facts,
                                      const QStyleOptionViewItem &option) const
 {
-    painter->fillRect(rect, facts.row % 2 ? kRowBackground : kRowBackgroundAlternate);
-    const QRect picture(rect.left() + kMargin + 4, rect.top() + (rect.height() - kListPicture.height()) / 2,
-                        kListPicture.width(), kListPicture.height());
+    painter->fillRect(rect, facts.row % 2 ? facts.colours.background : facts.colours.alternateBackground);
+    const int margin = scaled(kMargin);
+    const QSize pictureSize(scaled(kListPicture.width()), scaled(kListPicture.height()));
+    const QRect picture(rect.left() + margin + scaled(4), rect.top() + (rect.height() - pictureSize.height()) / 2,
+                        pictureSize.width(), pictureSize.height());
     paintPicture(painter, picture, facts, false);
 
-    const int textLeft = picture.right() + kMargin * 2;
-    const QRect textArea(textLeft, rect.top() + 3, rect.right() - textLeft - kMargin, rect.height() - 6);
+    const int textLeft = picture.right() + margin * 2;
+    const QRect textArea(textLeft, rect.top() + 3, rect.right() - textLeft - margin, rect.height() - 6);
     QFont nameFont = option.font;
     nameFont.setBold(true);
     const QFontMetrics nameMetrics(nameFont);
@@ -330,7 +341,7 @@ void PlaylistItemDelegate::paintList(QPainter *painter, const QRect &rect, const
     const QString type = typeBadgeText(facts.item);
     const int typeWidth = smallMetrics.horizontalAdvance(type) + 10;
     const QRect typeBox(textArea.right() - typeWidth, textArea.top(), typeWidth, smallMetrics.height() + 2);
-    painter->setPen(QPen(kSecondText, 1));
+    painter->setPen(QPen(facts.colours.secondText, 1));
     painter->setBrush(Qt::NoBrush);
     painter->drawRoundedRect(typeBox, 3, 3);
     painter->drawText(typeBox, Qt::AlignCenter, type);
@@ -343,14 +354,14 @@ void PlaylistItemDelegate::paintList(QPainter *painter, const QRect &rect, const
     const int nameRoom = std::max(40, typeBox.left() - 8 - textArea.left() - stateWidth);
     const QString shownName = nameMetrics.elidedText(name, Qt::ElideRight, nameRoom);
     painter->setFont(nameFont);
-    painter->setPen(kNameText);
+    painter->setPen(facts.colours.text);
     painter->drawText(QRect(textArea.left(), textArea.top(), nameRoom, nameMetrics.height()),
                       Qt::AlignLeft | Qt::AlignVCenter, shownName);
     paintBadges(painter, QPoint(textArea.left() + nameMetrics.horizontalAdvance(shownName) + 10, textArea.top()),
                 badges, stateFont);
 
     painter->setFont(smallFont);
-    painter->setPen(kSecondText);
+    painter->setPen(facts.colours.secondText);
     int y = textArea.top() + nameMetrics.height() + 1;
     QStringList lines{modesLineText(facts.item, facts.repeatProgress), pointsLineText(facts.item.settings),
                       facts.factsLine};
@@ -373,7 +384,7 @@ void PlaylistItemDelegate::paintTile(QPainter *painter, const QRect &rect, const
                                      const QStyleOptionViewItem &option) const
 {
     const QRect tile = rect.adjusted(3, 3, -3, -3);
-    painter->fillRect(tile, kRowBackground);
+    painter->fillRect(tile, facts.colours.background);
     const QRect picture(tile.left() + 4, tile.top() + 4, tile.width() - 8, (tile.width() - 8) * 136 / 240);
     paintPicture(painter, picture, facts, true);
     paintBadges(painter, QPoint(picture.left() + 4, picture.top() + 4), badgesOf(facts), badgeFont(option.font));
@@ -387,7 +398,7 @@ void PlaylistItemDelegate::paintTile(QPainter *painter, const QRect &rect, const
     const QRect typeBox(picture.right() - typeWidth - 4, picture.bottom() - smallMetrics.height() - 8, typeWidth,
                         smallMetrics.height() + 2);
     painter->fillRect(typeBox, QColor(0, 0, 0, 160));
-    painter->setPen(kNameText);
+    painter->setPen(kOverPictureText);
     painter->drawText(typeBox, Qt::AlignCenter, type);
 
     QFont nameFont = option.font;
@@ -396,19 +407,19 @@ void PlaylistItemDelegate::paintTile(QPainter *painter, const QRect &rect, const
     int y = picture.bottom() + 4;
     const int width = tile.width() - 8;
     painter->setFont(nameFont);
-    painter->setPen(kNameText);
+    painter->setPen(facts.colours.text);
     const QString name = QStringLiteral("%1  %2").arg(facts.row).arg(facts.item.displayName);
     painter->drawText(QRect(tile.left() + 4, y, width, nameMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                       nameMetrics.elidedText(name, Qt::ElideRight, width));
     y += nameMetrics.height();
     painter->setFont(smallFont);
-    painter->setPen(facts.error.isEmpty() ? kSecondText : kFailed);
+    painter->setPen(facts.error.isEmpty() ? facts.colours.secondText : kFailed);
     const QString second = facts.error.isEmpty() ? modesLineText(facts.item, facts.repeatProgress)
                                                  : facts.error.section(QLatin1Char('\n'), 1, 1);
     painter->drawText(QRect(tile.left() + 4, y, width, smallMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                       smallMetrics.elidedText(second, Qt::ElideRight, width));
     y += smallMetrics.height();
-    painter->setPen(kSecondText);
+    painter->setPen(facts.colours.secondText);
     painter->drawText(QRect(tile.left() + 4, y, width, smallMetrics.height()), Qt::AlignLeft | Qt::AlignVCenter,
                       smallMetrics.elidedText(facts.factsLine, Qt::ElideRight, width));
     paintFrameMarks(painter, tile, facts, option);

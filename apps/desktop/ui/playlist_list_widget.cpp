@@ -46,6 +46,12 @@ void PlaylistListWidget::setTileView(bool tiles)
     scheduleDelayedItemsLayout();
 }
 
+PlaylistTileColours PlaylistListWidget::tileColours() const
+{
+    return {m_tileBackground,        m_tileAlternateBackground, m_tileText,
+            m_tileSecondText,        m_tilePictureBackground,   m_tilePictureText};
+}
+
 quint64 PlaylistListWidget::itemIdAt(const QPoint &position) const
 {
     const QModelIndex index = indexAt(position);

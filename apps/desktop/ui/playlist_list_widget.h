@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/playlist_tile_colours.h"
+
 #include <QListView>
 #include <QPoint>
 #include <QStringList>
@@ -24,6 +26,14 @@ class PlaylistListWidget : public QListView
     Q_PROPERTY(quint64 pressedTileItemId READ pressedTileItemId)
     Q_PROPERTY(bool tileSelectOnlyGesture READ tileSelectOnlyGesture)
     Q_PROPERTY(int onAirPlaylistNumber READ onAirPlaylistNumber WRITE setOnAirPlaylistNumber)
+    // The rows' and tiles' colours, set by the skin's style sheet
+    // (qproperty-tileBackground: #ffffff; and so on).
+    Q_PROPERTY(QColor tileBackground MEMBER m_tileBackground)
+    Q_PROPERTY(QColor tileAlternateBackground MEMBER m_tileAlternateBackground)
+    Q_PROPERTY(QColor tileText MEMBER m_tileText)
+    Q_PROPERTY(QColor tileSecondText MEMBER m_tileSecondText)
+    Q_PROPERTY(QColor tilePictureBackground MEMBER m_tilePictureBackground)
+    Q_PROPERTY(QColor tilePictureText MEMBER m_tilePictureText)
 
 public:
     explicit PlaylistListWidget(QWidget *parent = nullptr);
@@ -40,6 +50,7 @@ public:
     void setOnAirPlaylistNumber(int number) { m_onAirPlaylist = number; }
 
     quint64 itemIdAt(const QPoint &position) const;
+    PlaylistTileColours tileColours() const;
     // True while a click or a key of the operator is being handled: a
     // current row that moves then is the operator's choice, not the effect
     // of rows coming and going.
@@ -91,6 +102,12 @@ private:
     bool m_dragCopy = false;
     int m_onAirPlaylist = 0;
     int m_operatorInput = 0;
+    QColor m_tileBackground = PlaylistTileColours().background;
+    QColor m_tileAlternateBackground = PlaylistTileColours().alternateBackground;
+    QColor m_tileText = PlaylistTileColours().text;
+    QColor m_tileSecondText = PlaylistTileColours().secondText;
+    QColor m_tilePictureBackground = PlaylistTileColours().pictureBackground;
+    QColor m_tilePictureText = PlaylistTileColours().pictureText;
 };
 
 } // namespace tarnix

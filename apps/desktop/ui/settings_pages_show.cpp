@@ -42,7 +42,6 @@ QWidget *buildGeneralPage(SettingsForm &form)
                     {"settings.general.text_size.large", "Large", 1},
                     {"settings.general.text_size.largest", "Largest", 2}},
                    "settingsTextSizeCombo");
-    form.addNote(rows, "settings.general.next_start_note", "The skin and the text size take effect at the next start.");
     form.addNameList(rows, QStringLiteral("time/timeZone"), "settings.general.time_zone", "Time zone",
                      "settingsTimeZoneCombo");
     form.addChoice(rows, QStringLiteral("time/remainingTotal"), "settings.general.remaining", "Remaining time",
