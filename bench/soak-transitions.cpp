@@ -117,6 +117,8 @@ struct OutputReader {
     soak::BoundaryMeter meter;
     qint64 lastRenderMs = -1;
     std::atomic<qint64> largestGapMs{0};
+    // Set by the show while a fade to black runs, down or back up.
+    std::atomic<bool> underFade{false};
     // With --trace: one line per render (time, render number, the rows'
     // numbers) and one per transition, to look at a boundary closely.
     FILE *trace = nullptr;
@@ -133,7 +135,7 @@ struct OutputReader {
             largestGapMs.store(now - lastRenderMs);
         lastRenderMs = now;
         std::lock_guard lock(mutex);
-        meter.add(frame.sequence, shown);
+        meter.add(frame.sequence, shown, !underFade.load());
         if (trace)
             std::fprintf(trace, "%lld render %llu %d %d %d %d\n", static_cast<long long>(now),
                          static_cast<unsigned long long>(frame.sequence), shown[0], shown[1], shown[2], shown[3]);
@@ -195,7 +197,9 @@ void printBoundaries(const char *label, const soak::BoundaryFigures &figures)
                     label, kinds[kind], in.count, in.heldP95, in.heldMax, in.skippedP95, in.skippedMax, out.count,
                     out.heldP95, out.heldMax, out.skippedP95, out.skippedMax);
     }
-    std::printf("  %s within clips: %d skipped, %d held; %d boundaries from or into black not judged\n", label,
+    std::printf("  %s within clips: %d skipped, %d held; %d boundaries from or into black or under a fade to "
+                "black not judged\n",
+                label,
                 figures.skippedWithinClips, figures.heldWithinClips, figures.fromOrIntoBlack);
 }
 
@@ -338,6 +342,7 @@ int main(int argc, char **argv)
 
         // Fade to black between transitions: down, and back up once black.
         if (ftb == Ftb::off && nextFtbAt > 0 && done >= nextFtbAt) {
+            reader->underFade.store(true);
             controller.toggleFtb();
             ftb = Ftb::fadingOut;
             nextFtbAt += ftbEvery;
@@ -345,6 +350,7 @@ int main(int argc, char **argv)
             controller.toggleFtb();
             ftb = Ftb::fadingIn;
         } else if (ftb == Ftb::fadingIn && !controller.isFtbActive() && controller.ftbLevel() <= 0.0) {
+            reader->underFade.store(false);
             ftb = Ftb::off;
             ++ftbCycles;
         }

@@ -17,8 +17,8 @@
 //   skipped  frames never shown: the clip going out ends short of its last
 //            frame, the clip coming in starts past its first, or a number is
 //            missing among the first or last three frames.
-// Boundaries into or out of black (fade to black) are counted apart and not
-// judged.
+// Boundaries into or out of black, and any while a fade to black runs (the
+// caller says so), are counted apart and not judged.
 
 #include <QtGlobal>
 
@@ -109,8 +109,11 @@ public:
     // framesPerClip[row]: how many frames the clip in that row has.
     explicit BoundaryMeter(std::array<int, kRows> framesPerClip) : m_frames(framesPerClip) {}
 
-    void add(quint64 sequence, const std::array<int, kRows> &shown)
+    // judged: false while a fade to black runs, when the rows' levels say
+    // nothing about the boundaries.
+    void add(quint64 sequence, const std::array<int, kRows> &shown, bool judged = true)
     {
+        m_judged = judged;
         bool anyShown = false;
         for (int row = 0; row < kRows; ++row)
             anyShown = anyShown || shown[std::size_t(row)] >= 0;
@@ -228,7 +231,7 @@ private:
     void finishStart(Row &r, quint64 run, int missed)
     {
         r.startPending = false;
-        if (!r.startValid) {
+        if (!r.startValid || !m_judged) {
             ++m_figures.fromOrIntoBlack;
             return;
         }
@@ -271,12 +274,19 @@ private:
         }
     }
 
-    void record(const PendingEnd &end) { m_figures.leaving[end.crossfade ? 1 : 0].push_back(end.side); }
+    void record(const PendingEnd &end)
+    {
+        if (m_judged)
+            m_figures.leaving[end.crossfade ? 1 : 0].push_back(end.side);
+        else
+            ++m_figures.fromOrIntoBlack;
+    }
 
     std::array<int, kRows> m_frames;
     std::array<Row, kRows> m_rows{};
     std::vector<PendingEnd> m_pendingEnds;
     quint64 m_lastShownSequence = 0;
+    bool m_judged = true;
     BoundaryFigures m_figures;
 };
 
