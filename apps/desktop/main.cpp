@@ -26,6 +26,7 @@
 #include "shell/ui_language_manager.h"
 #include "shell/user_info_center.h"
 #include "shell/window_system.h"
+#include "video/gif_decoder_element.h"
 
 #include <QApplication>
 #include <QDir>
@@ -239,6 +240,8 @@ int main(int argc, char **argv)
     tarnix::installGStreamerBridge();
     if (!tarnix::rankStillImageDecoders())
         qCWarning(tarnix::lcStartup).noquote() << "gdk-pixbuf image decoder missing: BMP and TIFF stills cannot play";
+    if (QString error; !tarnix::registerGifDecoderElement(&error))
+        qCWarning(tarnix::lcStartup).noquote() << error;
     // Streaming threads take the main thread's ordinary priority, whatever
     // background worker first builds a pipeline.
     tarnix::pinStreamingThreadPriority();
