@@ -86,18 +86,25 @@ void endStream(TarnixGifDecoder *self, const GstSegment &segment, guint32 seqnum
     gst_pad_push_event(self->srcPad, eos);
 }
 
-void stopOnFlow(TarnixGifDecoder *self, GstFlowReturn flow, guint32 seqnum)
+// After an error this element has posted itself.
+void stopAfterError(TarnixGifDecoder *self, guint32 seqnum)
 {
     gst_pad_pause_task(self->srcPad);
-    if (flow == GST_FLOW_FLUSHING)
+    GstEvent *eos = gst_event_new_eos();
+    gst_event_set_seqnum(eos, seqnum);
+    gst_pad_push_event(self->srcPad, eos);
+}
+
+// After a push that did not succeed: downstream's reason decides.
+void stopOnFlow(TarnixGifDecoder *self, GstFlowReturn flow, guint32 seqnum)
+{
+    if (flow == GST_FLOW_FLUSHING || flow == GST_FLOW_EOS) {
+        gst_pad_pause_task(self->srcPad);
         return;
+    }
     if (flow == GST_FLOW_NOT_LINKED || flow < GST_FLOW_EOS)
         GST_ELEMENT_FLOW_ERROR(self, flow);
-    if (flow != GST_FLOW_EOS) {
-        GstEvent *eos = gst_event_new_eos();
-        gst_event_set_seqnum(eos, seqnum);
-        gst_pad_push_event(self->srcPad, eos);
-    }
+    stopAfterError(self, seqnum);
 }
 
 bool sendCaps(TarnixGifDecoder *self, QSize size)
@@ -170,7 +177,7 @@ void tarnix_gif_decoder_loop(gpointer data)
         if (!screen.isValid() || !sendCaps(self, screen)) {
             GST_ELEMENT_ERROR(self, CORE, NEGOTIATION, ("The GIF image's picture could not be negotiated."),
                               (nullptr));
-            stopOnFlow(self, GST_FLOW_NOT_NEGOTIATED, seqnum);
+            stopAfterError(self, seqnum);
             return;
         }
     }
@@ -185,7 +192,7 @@ void tarnix_gif_decoder_loop(gpointer data)
         if (state.nextFrame == 0) {
             const QByteArray reason = state.reader->errorString().toUtf8();
             GST_ELEMENT_ERROR(self, STREAM, DECODE, ("The GIF image could not be decoded."), ("%s", reason.constData()));
-            stopOnFlow(self, GST_FLOW_ERROR, seqnum);
+            stopAfterError(self, seqnum);
             return;
         }
         endStream(self, segment, seqnum);
@@ -218,7 +225,7 @@ void tarnix_gif_decoder_loop(gpointer data)
     GstBuffer *buffer = bufferFromFrame(frame);
     if (!buffer) {
         GST_ELEMENT_ERROR(self, RESOURCE, FAILED, ("No memory for a GIF frame."), (nullptr));
-        stopOnFlow(self, GST_FLOW_ERROR, seqnum);
+        stopAfterError(self, seqnum);
         return;
     }
     GST_BUFFER_PTS(buffer) = pts;
