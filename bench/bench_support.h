@@ -113,6 +113,8 @@ struct ProcessFigures {
     double rssMb = 0;
     // Bytes the allocator has handed out and not got back (all arenas).
     double heapMb = 0;
+    // Free bytes the allocator keeps in its heaps instead of giving back.
+    double heldFreeMb = 0;
     int fds = 0;
     int threads = 0;
 };
@@ -131,6 +133,7 @@ inline ProcessFigures processFigures()
     }
     const struct mallinfo2 info = mallinfo2();
     figures.heapMb = double(info.uordblks + info.hblkhd) / (1024.0 * 1024.0);
+    figures.heldFreeMb = double(info.fordblks) / (1024.0 * 1024.0);
     figures.fds = int(QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
     return figures;
 }

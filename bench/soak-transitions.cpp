@@ -219,15 +219,18 @@ bench::ProcessFigures windowSummary(const std::vector<bench::ProcessFigures> &sa
 {
     std::vector<double> rss;
     std::vector<double> heap;
+    std::vector<double> held;
     bench::ProcessFigures summary;
     for (const bench::ProcessFigures &sample : samples) {
         rss.push_back(sample.rssMb);
         heap.push_back(sample.heapMb);
+        held.push_back(sample.heldFreeMb);
         summary.fds = std::max(summary.fds, sample.fds);
         summary.threads = std::max(summary.threads, sample.threads);
     }
     summary.rssMb = bench::percentile(rss, 0.5);
     summary.heapMb = bench::percentile(heap, 0.5);
+    summary.heldFreeMb = bench::percentile(held, 0.5);
     return summary;
 }
 
@@ -334,7 +337,8 @@ int main(int argc, char **argv)
     std::printf("soak-transitions: %d transitions, clips of %d ms (%d frames), fade to black every %d, report every "
                 "%d\n",
                 transitions, clipMs, frames, ftbEvery, report);
-    std::printf("%11s %11s %9s %8s %12s %9s %10s %8s %5s\n", "transitions", "rss MB p50", "heap MB", "fds max",
+    std::printf("%11s %11s %9s %9s %8s %12s %9s %10s %8s %5s\n", "transitions", "rss MB p50", "heap MB",
+                "free MB", "fds max",
                 "threads max",
                 "retained", "renders/s", "gap ms", "ftb");
     std::fflush(stdout);
@@ -394,7 +398,8 @@ int main(int argc, char **argv)
                 windowFigures.clear();
                 const double seconds = double(window.nsecsElapsed()) / 1e9;
                 const quint64 renders = compositor->renderCount();
-                std::printf("%11d %11.1f %9.1f %8d %12d %9zu %10.1f %8lld %5d\n", done, figures.rssMb, figures.heapMb,
+                std::printf("%11d %11.1f %9.1f %9.1f %8d %12d %9zu %10.1f %8lld %5d\n", done, figures.rssMb,
+                            figures.heapMb, figures.heldFreeMb,
                             figures.fds, figures.threads, retainedCount(), double(renders - rendersAtWindow) / seconds,
                             static_cast<long long>(reader->largestGapMs.exchange(0)), ftbCycles);
                 const soak::BoundaryFigures boundaries = reader->take();
