@@ -305,8 +305,11 @@ private slots:
 
         choose(window->findChild<QComboBox *>("settingsLanguageCombo"), 1);
         QTRY_COMPARE(language.currentLanguage(), QStringLiteral("ja"));
-        QCOMPARE(window->windowTitle(), QString::fromUtf8("\u8a2d\u5b9a"));
-        QCOMPARE(controllerWindow->findChild<QAction *>("settingsAction")->text(), QString::fromUtf8("\u8a2d\u5b9a\u2026"));
+        // The windows retranslate on the language change event, which comes
+        // through the event loop after the language is current.
+        QTRY_COMPARE(window->windowTitle(), QString::fromUtf8("\u8a2d\u5b9a"));
+        QTRY_COMPARE(controllerWindow->findChild<QAction *>("settingsAction")->text(),
+                     QString::fromUtf8("\u8a2d\u5b9a\u2026"));
         QVERIFY2(window->message("ui/language").contains(QString::fromUtf8("\u65e5\u672c\u8a9e")),
                  qPrintable(window->message("ui/language")));
         QTRY_COMPARE(readStringSetting("ui/language"), QStringLiteral("ja"));
