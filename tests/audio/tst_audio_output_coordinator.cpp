@@ -85,7 +85,11 @@ class TestAudioOutputCoordinator : public QObject
     }
 
 private slots:
-    void initTestCase() { qApp->setProperty("tarnix.settingsFile", settingsDir.filePath(QStringLiteral("tarnix.ini"))); }
+    void initTestCase()
+    {
+        QCoreApplication::instance()->setProperty("tarnix.settingsFile",
+                                                  settingsDir.filePath(QStringLiteral("tarnix.ini")));
+    }
 
     void resolutionRules()
     {
