@@ -59,11 +59,6 @@ qint64 GifTiming::totalMs() const
     return std::accumulate(frameDurationsMs.begin(), frameDurationsMs.end(), qint64(0));
 }
 
-qint64 GifTiming::frameStartMs(int index) const
-{
-    return std::accumulate(frameDurationsMs.begin(), frameDurationsMs.begin() + index, qint64(0));
-}
-
 int gifFrameDurationMs(int delayCentiseconds)
 {
     return delayCentiseconds <= 1 ? 100 : delayCentiseconds * 10;

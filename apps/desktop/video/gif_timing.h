@@ -19,7 +19,6 @@ struct GifTiming {
     int frameCount() const { return int(frameDurationsMs.size()); }
     bool animated() const { return frameDurationsMs.size() > 1; }
     qint64 totalMs() const;
-    qint64 frameStartMs(int index) const;
 };
 
 // A frame delay of 0 or 10 ms is what careless encoders write; browsers and
