@@ -1,5 +1,6 @@
 #include "pulse_connection.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace pfl_helper {
@@ -152,12 +153,14 @@ bool PulseConnection::openStream(const std::string &sink, int timeoutMs, std::st
     }
     pa_stream_set_state_callback(
         m_stream, [](pa_stream *, void *loop) { signalLoop(static_cast<pa_threaded_mainloop *>(loop)); }, m_loop);
-    // 40 ms in the server: short enough to stay near the EDIT picture, long
-    // enough for a helper that wakes every few milliseconds.
+    // The helper keeps its own few tens of milliseconds queued and places
+    // every block by its position in the stream; the server's share stays
+    // short. No prebuffering: the stream starts at once and keeps running
+    // through an underrun, so a position in it always means the same time.
     pa_buffer_attr attributes{};
     attributes.maxlength = std::uint32_t(-1);
-    attributes.tlength = std::uint32_t(pa_usec_to_bytes(40'000, &format));
-    attributes.prebuf = std::uint32_t(-1);
+    attributes.tlength = std::uint32_t(pa_usec_to_bytes(80'000, &format));
+    attributes.prebuf = 0;
     attributes.minreq = std::uint32_t(-1);
     attributes.fragsize = std::uint32_t(-1);
     const auto flags = pa_stream_flags_t(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE
@@ -198,14 +201,32 @@ bool PulseConnection::write(const float *samples, std::size_t bytes)
     return pa_stream_write(m_stream, samples, bytes, nullptr, 0, PA_SEEK_RELATIVE) == 0;
 }
 
-std::uint64_t PulseConnection::latencyUs()
+bool PulseConnection::writeSilence(std::size_t bytes)
+{
+    static const float zeros[4096] = {};
+    while (bytes > 0) {
+        const std::size_t chunk = std::min(bytes, sizeof zeros);
+        if (!write(zeros, chunk))
+            return false;
+        bytes -= chunk;
+    }
+    return true;
+}
+
+bool PulseConnection::latencyNs(std::int64_t *latency)
 {
     Lock lock(m_loop);
-    pa_usec_t latency = 0;
+    // Only while sound passes to the device does the latency say where the
+    // stream's end will be heard.
+    const pa_timing_info *timing = pa_stream_get_timing_info(m_stream);
+    if (!timing || !timing->playing || timing->read_index_corrupt || timing->write_index_corrupt)
+        return false;
+    pa_usec_t magnitude = 0;
     int negative = 0;
-    if (pa_stream_get_latency(m_stream, &latency, &negative) < 0 || negative)
-        return 0;
-    return latency;
+    if (pa_stream_get_latency(m_stream, &magnitude, &negative) < 0)
+        return false;
+    *latency = (negative ? -1 : 1) * std::int64_t(magnitude) * 1000;
+    return true;
 }
 
 } // namespace pfl_helper

@@ -27,15 +27,19 @@ public:
     bool connect(int timeoutMs, std::string *error);
     bool listSinks(std::vector<Sink> *sinks, std::string *defaultSink, int timeoutMs, std::string *error);
 
-    // A float stereo 48 kHz playback stream on the sink, with a short target
-    // latency. Ready or failed within the limit.
+    // A float stereo 48 kHz playback stream on the sink that starts at once
+    // and runs on through an underrun. Ready or failed within the limit.
     bool openStream(const std::string &sink, int timeoutMs, std::string *error);
     bool streamFailed();
     // Bytes the server takes now without growing the latency.
     std::size_t writableBytes();
+    // Both append at the stream's end.
     bool write(const float *samples, std::size_t bytes);
-    // Time until a sample written now is heard, in microseconds.
-    std::uint64_t latencyUs();
+    bool writeSilence(std::size_t bytes);
+    // How long until the end of what has been written is heard; negative
+    // once the stream has run past it. False while the stream does not
+    // play or the server has not yet told its timing.
+    bool latencyNs(std::int64_t *latency);
 
 private:
     bool waitFor(int timeoutMs, const auto &done);

@@ -2,7 +2,10 @@
 
 #include "pulse_connection.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
+#include <cstdlib>
 #include <csignal>
 #include <ctime>
 #include <unistd.h>
@@ -13,12 +16,31 @@ namespace pfl = tarnix::pfl;
 
 namespace {
 
-// A block this late is dropped rather than played: the helper catches up
-// with the EDIT picture instead of lagging behind it for good.
-constexpr std::uint64_t kLateLimitNs = 200'000'000;
 constexpr long kPassNs = 4'000'000;
+// What is written runs this far ahead of what is heard: a few passes, and
+// the server's own share on top. A block is written once it is due within
+// it; silence keeps the stream this full when nothing is due.
+constexpr std::uint64_t kWriteAheadNs = 40'000'000;
+constexpr std::size_t kFrameBytes = pfl::kChannels * sizeof(float);
+// The origin follows the server's readings slowly: a reading's jitter is
+// smoothed away, a device clock's drift is followed within a second.
+constexpr double kOriginSmoothing = 1.0 / 64.0;
 
 } // namespace
+
+void StreamTimeline::observe(std::uint64_t nowNs, std::int64_t latencyNs, std::int64_t framesWritten)
+{
+    const double origin = double(nowNs) + double(latencyNs) - double(framesWritten) * 1e9 / pfl::kSampleRate;
+    // The first readings are averaged evenly, so that the estimate settles
+    // within a few passes of the start.
+    ++m_readings;
+    m_originNs += (origin - m_originNs) * std::max(kOriginSmoothing, 1.0 / double(m_readings));
+}
+
+std::int64_t StreamTimeline::positionAt(std::uint64_t timeNs) const
+{
+    return std::llround((double(timeNs) - m_originNs) * pfl::kSampleRate / 1e9);
+}
 
 std::uint64_t monotonicNs()
 {
@@ -44,35 +66,73 @@ void RingPlayer::beat()
     pfl::store(m_shared->header.heartbeatNs, monotonicNs());
 }
 
+bool RingPlayer::writeSilence(std::int64_t frames)
+{
+    if (frames <= 0)
+        return true;
+    if (!m_pulse->writeSilence(std::size_t(frames) * kFrameBytes))
+        return false;
+    m_framesWritten += frames;
+    return true;
+}
+
 bool RingPlayer::playQueued()
 {
     pfl::Header &header = m_shared->header;
+    std::int64_t latency = 0;
+    const std::uint64_t now = monotonicNs();
+    if (m_pulse->latencyNs(&latency))
+        m_timeline.observe(now, latency, m_framesWritten);
+    if (!m_timeline.known()) {
+        // The stream starts once it has sound to play and tells its timing
+        // once it plays: silence until then. Blocks whose time has passed
+        // could not be heard anywhere, and leave room in the ring.
+        for (std::uint32_t readIndex = pfl::load(header.readIndex); readIndex != pfl::load(header.writeIndex);
+             ++readIndex) {
+            if (m_shared->ring[readIndex & (pfl::kSlots - 1)].presentationNs + pfl::kPlayoutLatencyNs > now)
+                break;
+            pfl::store(header.readIndex, readIndex + 1);
+        }
+        return writeSilence(std::int64_t(m_pulse->writableBytes() / kFrameBytes));
+    }
+    const std::int64_t horizon = m_timeline.positionAt(now + kWriteAheadNs);
     for (;;) {
         const std::uint32_t readIndex = pfl::load(header.readIndex);
         if (readIndex == pfl::load(header.writeIndex))
-            return true;
+            break;
         const pfl::Block &block = m_shared->ring[readIndex & (pfl::kSlots - 1)];
         const bool current = block.generation == pfl::load(header.generation);
         const bool audible = pfl::load(header.audible) == 1;
-        const std::uint32_t frames = block.frameCount;
+        const std::int64_t frames = block.frameCount;
         if (!current || !audible || frames == 0 || frames > pfl::kFramesPerBlock) {
             pfl::store(header.readIndex, readIndex + 1);
             continue;
         }
-        const std::uint64_t now = monotonicNs();
-        const std::uint64_t heardAt = now + m_pulse->latencyUs() * 1000;
-        // Not due yet: written now it would be heard early.
-        if (heardAt + 2'000'000 < block.presentationNs)
-            return true;
-        const std::size_t bytes = std::size_t(frames) * pfl::kChannels * sizeof(float);
-        if (heardAt <= block.presentationNs + kLateLimitNs) {
-            if (m_pulse->writableBytes() < bytes)
-                return true;
-            if (!m_pulse->write(block.pcm, bytes))
-                return false;
+        std::int64_t position = m_timeline.positionAt(block.presentationNs + pfl::kPlayoutLatencyNs);
+        if (position > horizon)
+            break;  // not due yet
+        if (std::abs(position - m_framesWritten) <= StreamTimeline::kJoinFrames)
+            position = m_framesWritten;
+        // What is already behind the stream's end is too late to be heard
+        // in its place.
+        const std::int64_t late = std::max<std::int64_t>(0, m_framesWritten - position);
+        if (late >= frames) {
+            pfl::store(header.readIndex, readIndex + 1);
+            continue;
         }
+        const std::int64_t gap = std::max<std::int64_t>(0, position - m_framesWritten);
+        const std::size_t bytes = std::size_t(frames - late) * kFrameBytes;
+        if (m_pulse->writableBytes() < std::size_t(gap) * kFrameBytes + bytes)
+            return true;  // room comes with the next pass
+        if (!writeSilence(gap) || !m_pulse->write(block.pcm + late * pfl::kChannels, bytes))
+            return false;
+        m_framesWritten += frames - late;
         pfl::store(header.readIndex, readIndex + 1);
     }
+    // Nothing due: the stream stays full with silence, so that it never
+    // runs dry and the next block's place is where its time says.
+    const std::int64_t room = std::int64_t(m_pulse->writableBytes() / kFrameBytes);
+    return writeSilence(std::min(horizon - m_framesWritten, room));
 }
 
 int RingPlayer::run()

@@ -24,6 +24,12 @@ inline constexpr std::uint32_t kChannels = 2;
 inline constexpr std::uint32_t kSampleRate = 48000;
 // Larger buffers than this are not sound the EDIT player makes; skipped.
 inline constexpr std::size_t kLargestBufferBytes = 384000;
+// The helper plays a block this long after its presentation time, the same
+// for every block. A block reaches the ring only a buffer's length (about
+// 20 ms) before it is due, and the sound server needs its own few tens of
+// milliseconds; a fixed delay makes room for both and keeps PFL a constant
+// distance behind the EDIT picture.
+inline constexpr std::uint64_t kPlayoutLatencyNs = 50'000'000;
 
 // The helper's state field.
 enum HelperState : std::uint32_t { StateOpening = 1, StateReady = 2, StateFailed = 3 };
