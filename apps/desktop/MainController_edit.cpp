@@ -133,6 +133,10 @@ void MainController::Impl::createPflOutput()
         if (dualDeckPlayer && dualDeckPlayer->audioOutput())
             dualDeckPlayer->audioOutput()->setRequestedDevice(deviceId);
     };
+    hooks.retryProgramDevice = [this] {
+        if (dualDeckPlayer && dualDeckPlayer->audioOutput())
+            dualDeckPlayer->audioOutput()->retryDevice();
+    };
     hooks.activeProgramDevice = [this] {
         return dualDeckPlayer && dualDeckPlayer->audioOutput() ? dualDeckPlayer->audioOutput()->activeDevice() : QString();
     };

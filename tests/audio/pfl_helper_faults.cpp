@@ -5,6 +5,7 @@
 //            library offers and a thread; exit 0 when every process was
 //            refused and the thread ran, 1 otherwise
 //   greedy   while playing, allocate and touch memory without bound
+//   garbage  once locked down, print what is not a device list, exit 0
 // Anything else, or no file: behave.
 
 #include <cerrno>
@@ -79,7 +80,13 @@ bool executed()
 
 void afterFilter()
 {
-    if (chosenFault() != "spawn")
+    const std::string fault = chosenFault();
+    if (fault == "garbage") {
+        std::printf("{\"devices\": oops\n\x01\xff\n");
+        std::fflush(stdout);
+        std::exit(0);
+    }
+    if (fault != "spawn")
         return;
     const bool madeProcess = forked() | spawned() | executed();
     bool threadRan = false;

@@ -1,6 +1,8 @@
 #include "audio/audio_output_coordinator.h"
 #include "shell/settings_store.h"
 
+#include "support/private_pulse_audio.h"
+
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -39,6 +41,7 @@ struct Record {
         hooks.turnPflOn = [this](const QString &id) { actions << QStringLiteral("pfl on ") + id; };
         hooks.turnPflOff = [this] { actions << QStringLiteral("pfl off"); };
         hooks.setProgramDevice = [this](const QString &id) { actions << QStringLiteral("program ") + id; };
+        hooks.retryProgramDevice = [this] { actions << QStringLiteral("program again"); };
         hooks.activeProgramDevice = [this] { return activeProgram; };
         hooks.programStatusKey = [this] { return statusKey; };
         hooks.tell = [this](bool warning, const QString &source, const LocalizedText &text, const QString &) {
@@ -161,10 +164,13 @@ private slots:
         QVERIFY(answers.wait(5000));
         QCOMPARE(record.take(), QStringLiteral("pfl on other"));
 
+        // The question outlives the periodic checks made while it is open.
         setSaved({}, "@system-default");
         coordinator.pflRequested(true);
         QVERIFY(answers.wait(5000));
         QCOMPARE(record.take(), QStringLiteral("pfl off | pfl off | ask"));
+        QVERIFY(refreshed(coordinator));
+        QCOMPARE(record.take(), QString());
         coordinator.pflSameDeviceDecision(true);
         QVERIFY(answers.wait(5000));
         QCOMPARE(record.take(), QStringLiteral("pfl on onair"));
@@ -192,13 +198,18 @@ private slots:
         options.helperPath = devices.helper();
         AudioOutputCoordinator coordinator(new AudioOutputDeviceMonitor(options), record.hooks());
 
+        // Told once; the output hears of its device at every check while
+        // it is missing, and when it is back.
         setSaved("usb-box", {});
         QVERIFY(refreshed(coordinator));
         QCOMPARE(record.take(), QStringLiteral("info PROGRAM: ON AIR audio device not found."));
         QVERIFY(refreshed(coordinator));
-        QCOMPARE(record.take(), QString());
+        QCOMPARE(record.take(), QStringLiteral("program again"));
         devices.answer(R"({"devices":[{"id":"usb-box","name":"USB"}],"default":"usb-box"})");
         QVERIFY(refreshed(coordinator));
+        QCOMPARE(record.take(), QStringLiteral("program again"));
+        QVERIFY(refreshed(coordinator));
+        QCOMPARE(record.take(), QString());
         devices.answer(kTwoSinks);
         QVERIFY(refreshed(coordinator));
         QCOMPARE(record.take(), QStringLiteral("info PROGRAM: ON AIR audio device not found."));
@@ -208,7 +219,8 @@ private slots:
         QVERIFY(refreshed(coordinator));
         QCOMPARE(readStringSetting(QStringLiteral("audio/programOutputDeviceId")), QString());
         QCOMPARE(saved.size(), 1);
-        QVERIFY2(record.take().startsWith(QStringLiteral("program  | info PROGRAM: ")), "");
+        QCOMPARE(record.take(), QStringLiteral("program  | info PROGRAM: Program audio output setting changed to system "
+                                               "default because the device was unavailable. | pfl off"));
         QVERIFY(refreshed(coordinator));
         QCOMPARE(record.take(), QString());
         QCOMPARE(saved.size(), 1);
@@ -219,6 +231,91 @@ private slots:
         QSignalSpy answers(coordinator.monitor(), &AudioOutputDeviceMonitor::refreshed);
         QVERIFY(answers.wait(5000));
         QVERIFY(record.take().startsWith(QStringLiteral("warn PROGRAM: ON AIR audio output is unavailable.")));
+    }
+
+    // The same rules against a sound server with null sinks plugged in and
+    // out, listed by the real helper.
+    void againstASoundServer()
+    {
+        test::PrivatePulseAudio pulse;
+        QString error;
+        QVERIFY2(pulse.start(&error), qPrintable(error));
+        QVERIFY(!pulse.pactl({QStringLiteral("set-default-sink"), QStringLiteral("onair")}).isNull());
+        QVERIFY(pulse.loadSink(QStringLiteral("usb_box")));
+        Record record;
+        AudioOutputDeviceMonitor::Options options;
+        options.helperPath = QStringLiteral(TARNIX_PFL_HELPER);
+        AudioOutputCoordinator coordinator(new AudioOutputDeviceMonitor(options), record.hooks());
+
+        // Ids without regard to case; a device unplugged is told once, each
+        // time it goes.
+        setSaved(QStringLiteral("USB_Box"), {});
+        QVERIFY(refreshed(coordinator));
+        QCOMPARE(record.take(), QString());
+        int told = 0;
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(pulse.unloadSink(QStringLiteral("usb_box")));
+            QVERIFY(refreshed(coordinator));
+            QVERIFY(refreshed(coordinator));
+            told += record.take().count(QStringLiteral("info PROGRAM: ON AIR audio device not found."));
+            QVERIFY(pulse.loadSink(QStringLiteral("usb_box")));
+            QVERIFY(refreshed(coordinator));
+            QCOMPARE(record.take(), QStringLiteral("program again"));
+        }
+        QCOMPARE(told, 2);
+
+        // The fallback empties the saved choice once.
+        QVERIFY(pulse.unloadSink(QStringLiteral("usb_box")));
+        setSaved(QStringLiteral("usb_box"), {}, true);
+        QSignalSpy saved(&coordinator, &AudioOutputCoordinator::savedAudioOutputsChanged);
+        QVERIFY(refreshed(coordinator));
+        QVERIFY(refreshed(coordinator));
+        QCOMPARE(saved.size(), 1);
+        QCOMPARE(readStringSetting(QStringLiteral("audio/programOutputDeviceId")), QString());
+        QCOMPARE(record.take().count(QStringLiteral("changed to system default")), 1);
+
+        // PFL on the default, with ON AIR there too: asked, and asked again
+        // once the default has moved.
+        setSaved({}, QStringLiteral("@system-default"));
+        QSignalSpy answers(coordinator.monitor(), &AudioOutputDeviceMonitor::refreshed);
+        coordinator.pflRequested(true);
+        QVERIFY(answers.wait(5000));
+        QCOMPARE(record.take(), QStringLiteral("pfl off | pfl off | ask"));
+        coordinator.pflSameDeviceDecision(true);
+        QVERIFY(answers.wait(5000));
+        QCOMPARE(record.take(), QStringLiteral("pfl on onair"));
+        coordinator.pflRequested(true);
+        QVERIFY(answers.wait(5000));
+        QCOMPARE(record.take(), QStringLiteral("pfl off | pfl off | ask"));
+        QVERIFY(!pulse.pactl({QStringLiteral("set-default-sink"), QStringLiteral("other")}).isNull());
+        coordinator.pflSameDeviceDecision(true);
+        QVERIFY(answers.wait(5000));
+        QCOMPARE(record.take(), QStringLiteral("pfl off | ask"));
+        coordinator.pflSameDeviceDecision(false);
+        QCOMPARE(record.take(), QStringLiteral("pfl off"));
+    }
+
+    // A helper whose list is nonsense leaves PFL off, with the reason.
+    void garbledListKeepsPflOff()
+    {
+        QTemporaryDir directory;
+        QFile fault(directory.filePath(QStringLiteral("fault")));
+        QVERIFY(fault.open(QIODevice::WriteOnly));
+        fault.write("garbage\n");
+        fault.close();
+        qputenv("TARNIX_PFL_HELPER_FAULT_FILE", fault.fileName().toLocal8Bit());
+        Record record;
+        AudioOutputDeviceMonitor::Options options;
+        options.helperPath = QStringLiteral(TARNIX_FAULTY_PFL_HELPER);
+        AudioOutputCoordinator coordinator(new AudioOutputDeviceMonitor(options), record.hooks());
+        setSaved({}, QStringLiteral("other"));
+        QSignalSpy answers(coordinator.monitor(), &AudioOutputDeviceMonitor::refreshed);
+        coordinator.pflRequested(true);
+        QVERIFY(answers.wait(5000));
+        qunsetenv("TARNIX_PFL_HELPER_FAULT_FILE");
+        QCOMPARE(answers.at(0).at(0).toBool(), false);
+        QCOMPARE(record.take(), QStringLiteral("pfl off | pfl off | warn EDIT: Could not check the audio devices. "
+                                               "Please check the audio device settings."));
     }
 };
 

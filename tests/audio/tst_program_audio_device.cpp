@@ -166,7 +166,7 @@ private slots:
         QVERIFY(recordedToneDbfs(QStringLiteral("onair.monitor"), 4800) < -90.0);
     }
 
-    void missingSinkKeepsTheOldDevice()
+    void missingSinkKeepsTheOldDeviceUntilItComes()
     {
         QVERIFY(m_output);
         m_output->setRequestedDevice(QStringLiteral("no-such-sink"));
@@ -179,11 +179,20 @@ private slots:
         double level = 0.0;
         QVERIFY2(reachesToneLevel(QStringLiteral("other.monitor"), -20.0, &level),
                  qPrintable(QString::number(level)));
-        // No retry runs against the missing device.
+        // No retry runs against the missing device until it is told to.
         m_output->serviceDeviceChange(true);
         QVERIFY(!m_output->isDeviceChangeRunning());
+        // Plugged in and told to try again, the output moves there.
+        QVERIFY(m_pulse.loadSink(QStringLiteral("no-such-sink")));
+        m_output->retryDevice();
+        QVERIFY(serviceUntilSettled(*m_output, 15000));
+        QCOMPARE(m_output->activeDevice(), QStringLiteral("no-such-sink"));
+        QCOMPARE(m_output->statusKey(), QStringLiteral("settings.output.applied"));
+        QVERIFY2(reachesToneLevel(QStringLiteral("no-such-sink.monitor"), -20.0, &level),
+                 qPrintable(QString::number(level)));
         stopPipelineNow(m_deck);
         m_output.reset(); // frees the bridge channels for the next cases
+        QVERIFY(m_pulse.unloadSink(QStringLiteral("no-such-sink")));
     }
 
     // A refusing or hanging device is given up after the state limit and

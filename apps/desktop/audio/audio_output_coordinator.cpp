@@ -95,7 +95,11 @@ void AudioOutputCoordinator::evaluate(bool success)
         return;
     const std::optional<QString> pendingError = std::exchange(m_pendingError, std::nullopt);
     const std::optional<QString> pendingPfl = std::exchange(m_pendingPflId, std::nullopt);
-    m_pendingConfirmation.reset();
+    // A question still open stays open through the periodic checks: the
+    // answer is held against the devices as they are then, with a fresh
+    // check of its own. Only a new turn-on replaces it.
+    if (pendingPfl)
+        m_pendingConfirmation.reset();
     auto tell = [this](bool warning, const QString &source, const LocalizedText &message, const QString &detail = {}) {
         if (m_hooks.tell)
             m_hooks.tell(warning, source, message, detail);
@@ -152,12 +156,19 @@ void AudioOutputCoordinator::evaluate(bool success)
     const QString pflKey = QStringLiteral("PFL:") + pflId.toLower();
     bool newProgram = false;
     bool newPfl = false;
+    // The ON AIR output hears of its device at every check while it is
+    // missing and once more when it is back, so that a failed output opens
+    // it again as soon as it can.
+    bool retryProgram = false;
     if (missing.program) {
         newProgram = !m_notifiedKeys.contains(programKey);
+        retryProgram = !newProgram;
         m_notifiedKeys.insert(programKey);
     } else {
-        m_notifiedKeys.remove(programKey);
+        retryProgram = m_notifiedKeys.remove(programKey);
     }
+    if (retryProgram && m_hooks.retryProgramDevice)
+        m_hooks.retryProgramDevice();
     if (missing.pfl) {
         newPfl = !m_notifiedKeys.contains(pflKey);
         m_notifiedKeys.insert(pflKey);

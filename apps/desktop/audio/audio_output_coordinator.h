@@ -31,6 +31,9 @@ public:
         std::function<void()> turnPflOff;
         // The saved ON AIR choice became the system default.
         std::function<void(const QString &deviceId)> setProgramDevice;
+        // The ON AIR device reported missing is still missing, or has come
+        // back: a failed output tries it again.
+        std::function<void()> retryProgramDevice;
         // The device the ON AIR output really plays to, and its status key.
         std::function<QString()> activeProgramDevice;
         std::function<QString()> programStatusKey;

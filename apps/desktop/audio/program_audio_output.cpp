@@ -444,6 +444,12 @@ void ProgramAudioOutput::setRequestedDevice(const QString &deviceId)
     d->lostWhilePlaying = false;
 }
 
+void ProgramAudioOutput::retryDevice()
+{
+    if (!d->released)
+        d->deviceFailed = false;
+}
+
 void ProgramAudioOutput::markFailed()
 {
     if (!d->deviceFailed)

@@ -57,6 +57,10 @@ public:
     // ago) and canApply allows it. Call it repeatedly.
     void serviceDeviceChange(bool canApply);
     void setRequestedDevice(const QString &deviceId);
+    // The requested device may be there again (the device list says so, or
+    // still does not): a failed output tries it once more where a change
+    // may be applied.
+    void retryDevice();
     void markFailed();
     // Marked failed (by an error or a refused device) and not yet played
     // again.
