@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ring_player.h"
+
 #include <pulse/pulseaudio.h>
 
 #include <cstdint>
@@ -16,7 +18,7 @@ struct Sink {
 // One connection to the PulseAudio server on a threaded main loop, never
 // spawning a server. Calls block the helper's own thread only, each with a
 // time limit.
-class PulseConnection
+class PulseConnection : public SoundStream
 {
 public:
     PulseConnection() = default;
@@ -28,18 +30,15 @@ public:
     bool listSinks(std::vector<Sink> *sinks, std::string *defaultSink, int timeoutMs, std::string *error);
 
     // A float stereo 48 kHz playback stream on the sink that starts at once
-    // and runs on through an underrun. Ready or failed within the limit.
+    // and runs on through an underrun, no prebuffering. Ready or failed
+    // within the limit.
     bool openStream(const std::string &sink, int timeoutMs, std::string *error);
-    bool streamFailed();
-    // Bytes the server takes now without growing the latency.
-    std::size_t writableBytes();
-    // Both append at the stream's end.
-    bool write(const float *samples, std::size_t bytes);
-    bool writeSilence(std::size_t bytes);
-    // How long until the end of what has been written is heard; negative
-    // once the stream has run past it. False while the stream does not
-    // play or the server has not yet told its timing.
-    bool latencyNs(std::int64_t *latency);
+    bool streamFailed() override;
+    std::size_t writableBytes() override;
+    bool write(const float *samples, std::size_t bytes) override;
+    bool writeSilence(std::size_t bytes) override;
+    // Only while sound passes to the device.
+    bool latencyNs(std::int64_t *latency) override;
 
 private:
     bool waitFor(int timeoutMs, const auto &done);

@@ -1,11 +1,10 @@
 #include "ring_player.h"
 
-#include "pulse_connection.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 #include <csignal>
 #include <ctime>
 #include <unistd.h>
@@ -49,10 +48,11 @@ std::uint64_t monotonicNs()
     return std::uint64_t(now.tv_sec) * 1'000'000'000ull + std::uint64_t(now.tv_nsec);
 }
 
-RingPlayer::RingPlayer(pfl::Shared *shared, PulseConnection *pulse, int parentPid)
+RingPlayer::RingPlayer(pfl::Shared *shared, SoundStream *stream, int parentPid, Clock clock)
     : m_shared(shared)
-    , m_pulse(pulse)
+    , m_stream(stream)
     , m_parentPid(parentPid)
+    , m_clock(std::move(clock))
 {
 }
 
@@ -63,14 +63,14 @@ bool RingPlayer::parentGone() const
 
 void RingPlayer::beat()
 {
-    pfl::store(m_shared->header.heartbeatNs, monotonicNs());
+    pfl::store(m_shared->header.heartbeatNs, m_clock());
 }
 
 bool RingPlayer::writeSilence(std::int64_t frames)
 {
     if (frames <= 0)
         return true;
-    if (!m_pulse->writeSilence(std::size_t(frames) * kFrameBytes))
+    if (!m_stream->writeSilence(std::size_t(frames) * kFrameBytes))
         return false;
     m_framesWritten += frames;
     return true;
@@ -80,8 +80,8 @@ bool RingPlayer::playQueued()
 {
     pfl::Header &header = m_shared->header;
     std::int64_t latency = 0;
-    const std::uint64_t now = monotonicNs();
-    if (m_pulse->latencyNs(&latency))
+    const std::uint64_t now = m_clock();
+    if (m_stream->latencyNs(&latency))
         m_timeline.observe(now, latency, m_framesWritten);
     if (!m_timeline.known()) {
         // The stream starts once it has sound to play and tells its timing
@@ -93,7 +93,7 @@ bool RingPlayer::playQueued()
                 break;
             pfl::store(header.readIndex, readIndex + 1);
         }
-        return writeSilence(std::int64_t(m_pulse->writableBytes() / kFrameBytes));
+        return writeSilence(std::int64_t(m_stream->writableBytes() / kFrameBytes));
     }
     const std::int64_t horizon = m_timeline.positionAt(now + kWriteAheadNs);
     for (;;) {
@@ -111,7 +111,9 @@ bool RingPlayer::playQueued()
         std::int64_t position = m_timeline.positionAt(block.presentationNs + pfl::kPlayoutLatencyNs);
         if (position > horizon)
             break;  // not due yet
-        if (std::abs(position - m_framesWritten) <= StreamTimeline::kJoinFrames)
+        // Sound that follows sound stays whole; after silence a block goes
+        // exactly where its time says.
+        if (m_framesWritten == m_blockEnd && std::abs(position - m_framesWritten) <= StreamTimeline::kJoinFrames)
             position = m_framesWritten;
         // What is already behind the stream's end is too late to be heard
         // in its place.
@@ -122,16 +124,17 @@ bool RingPlayer::playQueued()
         }
         const std::int64_t gap = std::max<std::int64_t>(0, position - m_framesWritten);
         const std::size_t bytes = std::size_t(frames - late) * kFrameBytes;
-        if (m_pulse->writableBytes() < std::size_t(gap) * kFrameBytes + bytes)
+        if (m_stream->writableBytes() < std::size_t(gap) * kFrameBytes + bytes)
             return true;  // room comes with the next pass
-        if (!writeSilence(gap) || !m_pulse->write(block.pcm + late * pfl::kChannels, bytes))
+        if (!writeSilence(gap) || !m_stream->write(block.pcm + late * pfl::kChannels, bytes))
             return false;
         m_framesWritten += frames - late;
+        m_blockEnd = m_framesWritten;
         pfl::store(header.readIndex, readIndex + 1);
     }
     // Nothing due: the stream stays full with silence, so that it never
     // runs dry and the next block's place is where its time says.
-    const std::int64_t room = std::int64_t(m_pulse->writableBytes() / kFrameBytes);
+    const std::int64_t room = std::int64_t(m_stream->writableBytes() / kFrameBytes);
     return writeSilence(std::min(horizon - m_framesWritten, room));
 }
 
@@ -144,7 +147,7 @@ int RingPlayer::run()
         beat();
         if (pfl::load(header.stopRequested) == 1 || parentGone())
             return 0;
-        if (m_pulse->streamFailed() || !playQueued()) {
+        if (m_stream->streamFailed() || !playQueued()) {
             pfl::store(header.hresult, std::uint32_t(FailureStream));
             pfl::store(header.state, std::uint32_t(pfl::StateFailed));
             return 1;

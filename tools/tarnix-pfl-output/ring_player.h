@@ -2,12 +2,12 @@
 
 #include "audio/pfl_ring_layout.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace pfl_helper {
-
-class PulseConnection;
 
 // Why the helper failed, in the ring's result field.
 enum FailureCode : std::uint32_t {
@@ -20,14 +20,30 @@ enum FailureCode : std::uint32_t {
 
 std::uint64_t monotonicNs();
 
+// The playback stream the player writes to: 48 kHz stereo float, appended
+// at its end.
+class SoundStream
+{
+public:
+    virtual ~SoundStream() = default;
+    virtual bool streamFailed() = 0;
+    // Bytes the stream takes now.
+    virtual std::size_t writableBytes() = 0;
+    virtual bool write(const float *samples, std::size_t bytes) = 0;
+    virtual bool writeSilence(std::size_t bytes) = 0;
+    // How long until the end of what has been written is heard; negative
+    // once the stream has run past it. False while the stream cannot say.
+    virtual bool latencyNs(std::int64_t *latency) = 0;
+};
+
 // Where in the stream a block belongs. The stream runs at exactly 48 kHz
 // from an origin on the monotonic clock: the frame at position p is heard
 // at origin + p / 48 kHz. The origin is read from the server's latency at
 // every pass while the stream plays, and smoothed; a block is placed at the position of its
 // presentation time plus the playout latency, with silence before it or
-// its late start cut off. Consecutive blocks that land within 2 ms of each
-// other's ends are joined as they are, so that the estimate's small noise
-// never reaches the sound as clicks.
+// its late start cut off. A block that lands within 2 ms of the end of the
+// block before it is joined to it as it is, so that the estimate's small
+// noise never reaches the sound as clicks.
 class StreamTimeline
 {
 public:
@@ -52,23 +68,27 @@ private:
 class RingPlayer
 {
 public:
-    RingPlayer(tarnix::pfl::Shared *shared, PulseConnection *pulse, int parentPid);
+    using Clock = std::function<std::uint64_t()>;
+
+    RingPlayer(tarnix::pfl::Shared *shared, SoundStream *stream, int parentPid, Clock clock = monotonicNs);
     // Returns the exit code: 0 when asked to stop or orphaned, 1 when the
     // stream failed (the state field then says so).
     int run();
+    // One pass over what is queued; false when the stream failed.
+    bool playQueued();
 
 private:
     bool parentGone() const;
     void beat();
-    // One pass over what is queued; false when the stream failed.
-    bool playQueued();
     bool writeSilence(std::int64_t frames);
 
     tarnix::pfl::Shared *m_shared;
-    PulseConnection *m_pulse;
+    SoundStream *m_stream;
     int m_parentPid;
+    Clock m_clock;
     StreamTimeline m_timeline;
     std::int64_t m_framesWritten = 0;
+    std::int64_t m_blockEnd = -1;  // where the last block written ends
 };
 
 } // namespace pfl_helper
