@@ -157,6 +157,25 @@ public:
         return text;
     }
 
+    // The codec the stream says it is, as the playlist's facts read it.
+    QString codecTag() const
+    {
+        GstPad *pad = gst_element_get_static_pad(sink, "sink");
+        GstEvent *event = gst_pad_get_sticky_event(pad, GST_EVENT_TAG, 0);
+        gst_object_unref(pad);
+        QString codec;
+        GstTagList *tags = nullptr;
+        gchar *name = nullptr;
+        if (event) {
+            gst_event_parse_tag(event, &tags);
+            if (gst_tag_list_get_string(tags, GST_TAG_VIDEO_CODEC, &name))
+                codec = QString::fromUtf8(name);
+            g_free(name);
+            gst_event_unref(event);
+        }
+        return codec;
+    }
+
     bool decodedByUs() const
     {
         bool found = false;
@@ -232,6 +251,7 @@ private slots:
         QVERIFY(playback.pipeline);
         QVERIFY(playback.preroll());
         QVERIFY(playback.decodedByUs());
+        QCOMPARE(playback.codecTag(), QStringLiteral("GIF"));
         QCOMPARE(playback.durationMs(), 350);
         const auto frames = playback.playToEnd();
         QVERIFY(playback.ended);

@@ -42,6 +42,7 @@ struct GifDecoderState {
     int nextFrame = 0;
     GstClockTime nextPts = 0;
     QSize capsSize;
+    bool codecTagged = false;
 };
 
 struct TarnixGifDecoder {
@@ -185,6 +186,12 @@ void tarnix_gif_decoder_loop(gpointer data)
         GstEvent *event = gst_event_new_segment(&segment);
         gst_event_set_seqnum(event, seqnum);
         gst_pad_push_event(self->srcPad, event);
+        // What the stream is, for the playlist's facts; after the first
+        // segment, where a tag belongs among the sticky events.
+        if (!state.codecTagged) {
+            gst_pad_push_event(self->srcPad, gst_event_new_tag(gst_tag_list_new(GST_TAG_VIDEO_CODEC, "GIF", nullptr)));
+            state.codecTagged = true;
+        }
     }
 
     QImage frame;
