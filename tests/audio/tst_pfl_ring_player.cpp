@@ -82,6 +82,7 @@ struct Rig {
         pfl::store(shared->header.version, pfl::kVersion);
         pfl::store(shared->header.generation, 1u);
         pfl::store(shared->header.audible, 1u);
+        pfl::store(shared->header.state, std::uint32_t(pfl::StateOpening));
     }
 
     // A block whose every frame holds the value.
@@ -192,8 +193,8 @@ private slots:
             QCOMPARE(rig.find(float(block + 1)), std::make_pair(start + block * 480, std::int64_t(480)));
     }
 
-    // Until the stream tells its timing it is fed silence and the ring is
-    // emptied of what is already past; blocks of a void generation, or
+    // Until the stream tells its timing it is fed silence, the ring is
+    // emptied of what is already past and the helper is not yet ready; blocks of a void generation, or
     // sent while PFL is silent, are never heard; with nothing to play the
     // stream is kept about 40 ms ahead.
     void silenceWhereNothingMayBeHeard()
@@ -206,11 +207,13 @@ private slots:
         QCOMPARE(pfl::load(rig.shared->header.readIndex), 1u);
         QVERIFY(rig.sink.writtenFrames() > rig.sink.readFrames());
         QCOMPARE(rig.find(1.0f).second, std::int64_t(0));
+        QCOMPARE(pfl::load(rig.shared->header.state), std::uint32_t(pfl::StateOpening));
 
         rig.sink.timingKnown = true;
         rig.push(rig.sink.now + 500 * kMs, 3.0f, pfl::kFramesPerBlock, 0);
         pfl::store(rig.shared->header.audible, 0u);
         rig.runUntil(rig.sink.now + 600 * kMs);
+        QCOMPARE(pfl::load(rig.shared->header.state), std::uint32_t(pfl::StateReady));
         QCOMPARE(pfl::load(rig.shared->header.readIndex), 3u);
         QCOMPARE(rig.find(2.0f).second + rig.find(3.0f).second, std::int64_t(0));
         const std::int64_t ahead = rig.sink.writtenFrames() - rig.positionFor(rig.sink.now - pfl::kPlayoutLatencyNs);

@@ -81,8 +81,14 @@ bool RingPlayer::playQueued()
     pfl::Header &header = m_shared->header;
     std::int64_t latency = 0;
     const std::uint64_t now = m_clock();
-    if (m_stream->latencyNs(&latency))
+    if (m_stream->latencyNs(&latency)) {
+        // Ready once sound passes to the device, not when the stream is
+        // merely open: until then the operator would see PFL on and hear
+        // nothing.
+        if (!m_timeline.known())
+            pfl::store(header.state, std::uint32_t(pfl::StateReady));
         m_timeline.observe(now, latency, m_framesWritten);
+    }
     if (!m_timeline.known()) {
         // The stream starts once it has sound to play and tells its timing
         // once it plays: silence until then. Blocks whose time has passed
@@ -142,7 +148,6 @@ int RingPlayer::run()
 {
     pfl::Header &header = m_shared->header;
     beat();
-    pfl::store(header.state, std::uint32_t(pfl::StateReady));
     for (;;) {
         beat();
         if (pfl::load(header.stopRequested) == 1 || parentGone())

@@ -61,7 +61,8 @@ private:
     std::int64_t m_readings = 0;
 };
 
-// Plays the ring until the application asks it to stop or goes away: each
+// Plays the ring until the application asks it to stop or goes away, and
+// says it is ready once the stream plays: each
 // block of the current generation at its presentation time plus the
 // playout latency, silence while there is nothing to play, a heartbeat
 // every pass.
