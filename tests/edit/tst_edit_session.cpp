@@ -238,8 +238,14 @@ private slots:
         SelectionHolder selection(&model, &operations);
         ProgramPlayoutController controller(std::make_unique<DualDeckProgramPlayer>(std::move(owned)), &model,
                                             &selection, nullptr, &operations, nullptr);
-        QVERIFY(QTest::qWaitFor([&] { return player->isPresenterRunning() && fixture.frames->last().sequence > 0; },
-                                8000));
+        // A take is refused until the program sound is up, as it is in the
+        // application.
+        QVERIFY(QTest::qWaitFor(
+            [&] {
+                return player->isPresenterRunning() && fixture.frames->last().sequence > 0
+                       && (!player->audioOutput() || player->audioOutput()->hasUsableDevice());
+            },
+            8000));
         const quint64 beforeTake = fixture.frames->last().sequence;
         selection.selectByOperator(id);
         QVERIFY(controller.takeOnAir());

@@ -64,7 +64,13 @@ private slots:
         QVERIFY(output->windowHandle());
         QTRY_VERIFY_WITH_TIMEOUT(output->windowHandle()->isExposed(), 5000);
         QVERIFY(f.player->isInitialized());
-        QVERIFY(f.pollUntil([&] { return f.player->isPresenterRunning(); }, 10000));
+        // A take needs the program sound up as well.
+        QVERIFY(f.pollUntil(
+            [&] {
+                return f.player->isPresenterRunning()
+                       && (!f.player->audioOutput() || f.player->audioOutput()->hasUsableDevice());
+            },
+            10000));
 
         QCOMPARE(f.cue(fileSource(media("solid-red-4s.mp4"))), PreparationStatus::Ready);
         QVERIFY(f.player->takeStandby(false, 1.0f));
