@@ -38,6 +38,8 @@ QString translated(const StatusText &status)
 }
 
 constexpr char kHelperName[] = "tarnix-pfl-output";
+// Added to the application's niceness for the helper.
+constexpr int kHelperNiceness = 5;
 
 } // namespace
 
@@ -88,14 +90,17 @@ void EditPflOutput::Impl::start()
 
     const pid_t parent = getpid();
     const rlim_t dataLimit = rlim_t(options.dataLimitBytes);
-    // Runs in the child between fork and exec: only async-signal-safe calls.
-    // The helper dies with us, and cannot grow past its limit.
+    // Runs in the child between fork and exec: only plain system calls.
+    // The helper dies with us, cannot grow past its limit, and yields the
+    // processor to the program: a helper that runs wild competes with ON
+    // AIR at a lower priority (its own sound needs a few percent of a core).
     process.setChildProcessModifier([parent, dataLimit] {
         if (prctl(PR_SET_PDEATHSIG, SIGKILL) != 0 || getppid() != parent)
             _exit(126);
         const rlimit limit{dataLimit, dataLimit};
         if (setrlimit(RLIMIT_DATA, &limit) != 0)
             _exit(126);
+        (void)nice(kHelperNiceness);
     });
     process.start(path, {feed->name(), deviceId, QString::number(parent)});
     emit q->stateChanged();
