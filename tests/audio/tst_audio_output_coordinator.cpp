@@ -1,6 +1,7 @@
 #include "audio/audio_output_coordinator.h"
 #include "shell/settings_store.h"
 
+#include "pfl_fault_file.h"
 #include "support/private_pulse_audio.h"
 
 #include <QFile>
@@ -299,11 +300,9 @@ private slots:
     void garbledListKeepsPflOff()
     {
         QTemporaryDir directory;
-        QFile fault(directory.filePath(QStringLiteral("fault")));
-        QVERIFY(fault.open(QIODevice::WriteOnly));
-        fault.write("garbage\n");
-        fault.close();
-        qputenv("TARNIX_PFL_HELPER_FAULT_FILE", fault.fileName().toLocal8Bit());
+        const QString fault = test::writePflHelperFault(directory, "garbage");
+        QVERIFY(!fault.isEmpty());
+        qputenv("TARNIX_PFL_HELPER_FAULT_FILE", fault.toLocal8Bit());
         Record record;
         AudioOutputDeviceMonitor::Options options;
         options.helperPath = QStringLiteral(TARNIX_FAULTY_PFL_HELPER);

@@ -2,6 +2,7 @@
 #include "audio/edit_pfl_output.h"
 #include "audio/level_reading.h"
 #include "edit/edit_player.h"
+#include "pfl_fault_file.h"
 #include "support/private_pulse_audio.h"
 #include "support/pulse_recording.h"
 #include "support/test_paths.h"
@@ -281,13 +282,11 @@ private slots:
     void helperCannotStartAProcess()
     {
         QTemporaryDir directory;
-        QFile fault(directory.filePath(QStringLiteral("fault")));
-        QVERIFY(fault.open(QIODevice::WriteOnly));
-        fault.write("spawn\n");
-        fault.close();
+        const QString fault = test::writePflHelperFault(directory, "spawn");
+        QVERIFY(!fault.isEmpty());
         QProcess faulty;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("TARNIX_PFL_HELPER_FAULT_FILE"), fault.fileName());
+        environment.insert(QStringLiteral("TARNIX_PFL_HELPER_FAULT_FILE"), fault);
         faulty.setProcessEnvironment(environment);
         faulty.start(QStringLiteral(TARNIX_FAULTY_PFL_HELPER), {QStringLiteral("--list")});
         QVERIFY(faulty.waitForFinished(10000));

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
-#include <cstdlib>
-#include <utility>
 #include <csignal>
+#include <cstdlib>
 #include <ctime>
+#include <utility>
+
 #include <unistd.h>
 
 namespace pfl_helper {
